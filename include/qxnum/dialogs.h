@@ -1,0 +1,63 @@
+// The message-dialog service. Every message the library shows goes through MessageDlg, whose
+// handler a host (or a test) can replace. The widgets library installs a QMessageBox handler when
+// it is loaded; without it, messages go to stderr and are answered with the default result.
+#pragma once
+
+#include <QFlags>
+#include <QString>
+
+#include <functional>
+
+namespace qxnum {
+
+enum TMsgDlgType : quint8 { mtWarning, mtError, mtInformation, mtConfirmation, mtCustom };
+
+enum TMsgDlgBtn : quint16 {
+    mbYes = 0x0001,
+    mbNo = 0x0002,
+    mbOK = 0x0004,
+    mbCancel = 0x0008,
+    mbAbort = 0x0010,
+    mbRetry = 0x0020,
+    mbIgnore = 0x0040,
+    mbAll = 0x0080,
+    mbNoToAll = 0x0100,
+    mbYesToAll = 0x0200,
+    mbHelp = 0x0400,
+    mbClose = 0x0800,
+};
+Q_DECLARE_FLAGS(TMsgDlgButtons, TMsgDlgBtn)
+Q_DECLARE_OPERATORS_FOR_FLAGS(TMsgDlgButtons)
+
+inline constexpr TMsgDlgButtons mbYesNo = TMsgDlgButtons(mbYes | mbNo);
+inline constexpr TMsgDlgButtons mbYesNoCancel = TMsgDlgButtons(mbYes | mbNo | mbCancel);
+inline constexpr TMsgDlgButtons mbOKCancel = TMsgDlgButtons(mbOK | mbCancel);
+
+// Modal results.
+enum : int {
+    mrNone = 0,
+    mrOk = 1,
+    mrCancel = 2,
+    mrAbort = 3,
+    mrRetry = 4,
+    mrIgnore = 5,
+    mrYes = 6,
+    mrNo = 7,
+    mrClose = 8,
+    mrHelp = 9,
+    mrAll = 12,
+    mrNoToAll = 13,
+    mrYesToAll = 14,
+};
+
+using TMessageDlgHandler = std::function<int(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons)>;
+
+// Shows Msg and returns the modal result of the button pressed.
+int MessageDlg(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons, int HelpCtx = 0);
+// Replaces the handler and returns the previous one. An empty handler restores the built-in one.
+TMessageDlgHandler SetMessageDlgHandler(TMessageDlgHandler Handler);
+// The result a dialog gives when it is closed without a button: Cancel when offered, else the
+// only affirmative button offered (OK, Yes), else mrNone.
+int DefaultDialogResult(TMsgDlgButtons Buttons);
+
+} // namespace qxnum
