@@ -50,7 +50,8 @@ enum : int {
     mrYesToAll = 14,
 };
 
-using TMessageDlgHandler = std::function<int(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons)>;
+using TMessageDlgHandler =
+    std::function<int(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons)>;
 
 // Shows Msg and returns the modal result of the button pressed.
 int MessageDlg(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons, int HelpCtx = 0);

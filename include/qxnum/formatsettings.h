@@ -10,8 +10,8 @@ struct TFormatSettings {
     QChar DecimalSeparator = QLatin1Char('.');
     QChar ThousandSeparator = QLatin1Char(',');
     QString CurrencyString = QStringLiteral("$");
-    quint8 CurrencyFormat = 0;   // 0 "$1", 1 "1$", 2 "$ 1", 3 "1 $"
-    quint8 NegCurrFormat = 0;    // 0 "($1)" ... 15 "(1 $)"
+    quint8 CurrencyFormat = 0; // 0 "$1", 1 "1$", 2 "$ 1", 3 "1 $"
+    quint8 NegCurrFormat = 0;  // 0 "($1)" ... 15 "(1 $)"
     quint8 CurrencyDecimals = 2;
     QChar DateSeparator = QLatin1Char('/');
     QChar TimeSeparator = QLatin1Char(':');

@@ -37,9 +37,7 @@ public:
 template <typename E> struct TEnumNames;
 
 #define QXNUM_ENUM_NAMES(EnumType, ...)                                                                      \
-    template <> struct TEnumNames<EnumType> {                                                                \
-        static constexpr std::string_view Names[] = {__VA_ARGS__};                                           \
-    };
+    template <> struct TEnumNames<EnumType> { static constexpr std::string_view Names[] = {__VA_ARGS__}; };
 
 // The declared name of V, or an empty string for an ordinal outside the enumeration.
 template <typename E> QString GetEnumName(E V) {

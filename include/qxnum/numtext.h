@@ -32,15 +32,16 @@ QString ValueString(Extended Value, TDataType DataType, TNumericType NumericType
                     quint16 Decimals, TParType ParType, TUnitSystem UnitSystem, const QString& Format,
                     Extended CustomScale, Extended ScaleOffset, bool Scaled, bool TrimZeroes);
 // The report line "name = value unit" with "%*s = %*s %*s" and widths -NameWidth, ValueWidth, -UnitWidth.
-QString ValueString(const QString& Name, TParType ParType, TUnitSystem UnitSystem, double Value, int NameWidth,
-                    int ValueWidth, int UnitWidth);
+QString ValueString(const QString& Name, TParType ParType, TUnitSystem UnitSystem, double Value,
+                    int NameWidth, int ValueWidth, int UnitWidth);
 
 // Picture text of a value of ParType; Scaled divides by the table factor first, otherwise the picture
 // is adapted to base units (UnscaledFormat).
 QString ParToStr(TParType ParType, TUnitSystem UnitSystem, const QString& Format, bool Scaled, Extended Value,
                  const TFormatSettings& Settings);
 // The same with NumInpFormatSettings.
-QString ParToStr(TParType ParType, TUnitSystem UnitSystem, const QString& Format, bool Scaled, Extended Value);
+QString ParToStr(TParType ParType, TUnitSystem UnitSystem, const QString& Format, bool Scaled,
+                 Extended Value);
 
 // Parses display text (0 for text that is not a number); ntParType multiplies by the table factor.
 Extended StrToPar(const QString& S, TNumericType NumericType, TParType ParType, TUnitSystem UnitSystem);

@@ -10,9 +10,40 @@
 namespace qxnum {
 
 enum TParType : quint8 {
-    ptNone, ptAngle, ptArea, ptConcM, ptConcV, ptCount, ptCpS, ptdB, ptEnergy, ptForce, ptFraction, ptH,
-    ptMomInertia, ptLength, ptMass, ptMassflow, ptMu, ptNrpm, ptPercent, ptPress, ptPR, ptPower, ptQ,
-    ptRatio, ptRho, ptSFCshaft, ptTemp, ptTime, ptTorque, ptTSFC, ptVelocity, ptVolume, ptZp, pthtcoef
+    ptNone,
+    ptAngle,
+    ptArea,
+    ptConcM,
+    ptConcV,
+    ptCount,
+    ptCpS,
+    ptdB,
+    ptEnergy,
+    ptForce,
+    ptFraction,
+    ptH,
+    ptMomInertia,
+    ptLength,
+    ptMass,
+    ptMassflow,
+    ptMu,
+    ptNrpm,
+    ptPercent,
+    ptPress,
+    ptPR,
+    ptPower,
+    ptQ,
+    ptRatio,
+    ptRho,
+    ptSFCshaft,
+    ptTemp,
+    ptTime,
+    ptTorque,
+    ptTSFC,
+    ptVelocity,
+    ptVolume,
+    ptZp,
+    pthtcoef
 };
 inline constexpr int ParTypeCount = 34;
 
@@ -20,10 +51,10 @@ enum TUnitSystem : quint8 { usSI, usImperial };
 inline constexpr int UnitSystemCount = 2;
 
 QXNUM_ENUM_NAMES(TParType, "ptNone", "ptAngle", "ptArea", "ptConcM", "ptConcV", "ptCount", "ptCpS", "ptdB",
-                 "ptEnergy", "ptForce", "ptFraction", "ptH", "ptMomInertia", "ptLength", "ptMass", "ptMassflow",
-                 "ptMu", "ptNrpm", "ptPercent", "ptPress", "ptPR", "ptPower", "ptQ", "ptRatio", "ptRho",
-                 "ptSFCshaft", "ptTemp", "ptTime", "ptTorque", "ptTSFC", "ptVelocity", "ptVolume", "ptZp",
-                 "pthtcoef")
+                 "ptEnergy", "ptForce", "ptFraction", "ptH", "ptMomInertia", "ptLength", "ptMass",
+                 "ptMassflow", "ptMu", "ptNrpm", "ptPercent", "ptPress", "ptPR", "ptPower", "ptQ", "ptRatio",
+                 "ptRho", "ptSFCshaft", "ptTemp", "ptTime", "ptTorque", "ptTSFC", "ptVelocity", "ptVolume",
+                 "ptZp", "pthtcoef")
 QXNUM_ENUM_NAMES(TUnitSystem, "usSI", "usImperial")
 
 using TParScaleArray = double[ParTypeCount][UnitSystemCount];
@@ -31,9 +62,9 @@ using TParStrArray = QString[ParTypeCount][UnitSystemCount];
 using TParFormatArray = TParStrArray;
 
 // Working tables: an application may change a row; SetStdFormats restores them.
-extern TParScaleArray ParScale;     // display unit -> base unit factor
-extern TParStrArray ParUnitStr;     // unit text with its brackets, e.g. "[bar]"
-extern TParFormatArray ParFormat;   // standard picture for ntParType display
+extern TParScaleArray ParScale;   // display unit -> base unit factor
+extern TParStrArray ParUnitStr;   // unit text with its brackets, e.g. "[bar]"
+extern TParFormatArray ParFormat; // standard picture for ntParType display
 
 // The standard contents, never written.
 extern const TParScaleArray ParscaleStd;

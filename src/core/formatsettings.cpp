@@ -11,8 +11,8 @@ void SetCurrencyFormats(const QLocale& Locale, TFormatSettings& S) {
     const QString Positive = Locale.toCurrencyString(1.0, S.CurrencyString, 0);
     const QString Negative = Locale.toCurrencyString(-1.0, S.CurrencyString, 0);
     const bool SymbolFirst = Positive.startsWith(S.CurrencyString);
-    const bool Spaced = Positive.contains(QChar(' ')) || Positive.contains(QChar(0x00A0)) ||
-                        Positive.contains(QChar(0x202F));
+    const bool Spaced =
+        Positive.contains(QChar(' ')) || Positive.contains(QChar(0x00A0)) || Positive.contains(QChar(0x202F));
     S.CurrencyFormat = static_cast<quint8>((SymbolFirst ? 0 : 1) + (Spaced ? 2 : 0));
     if (Negative.startsWith(QLatin1Char('(')))
         S.NegCurrFormat = SymbolFirst ? (Spaced ? 14 : 0) : (Spaced ? 15 : 4);

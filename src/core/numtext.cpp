@@ -13,14 +13,14 @@ struct TDataRange {
 };
 
 constexpr TDataRange DataRanges[] = {
-    {0.0L, 255.0L},                                                   // dtByte
-    {-1.7e308L, 1.7e308L},                                            // dtDouble
-    {-1.1e4932L, 1.1e4932L},                                          // dtExtended
-    {-2147483647.0L, 2147483647.0L},                                  // dtInteger (one above INT_MIN, kept)
-    {-128.0L, 127.0L},                                                // dtShortint
+    {0.0L, 255.0L},                                                    // dtByte
+    {-1.7e308L, 1.7e308L},                                             // dtDouble
+    {-1.1e4932L, 1.1e4932L},                                           // dtExtended
+    {-2147483647.0L, 2147483647.0L},                                   // dtInteger (one above INT_MIN, kept)
+    {-128.0L, 127.0L},                                                 // dtShortint
     {-static_cast<Extended>(3.4e38f), static_cast<Extended>(3.4e38f)}, // dtSingle
-    {-32768.0L, 32767.0L},                                            // dtSmallInt
-    {0.0L, 65535.0L},                                                 // dtWord
+    {-32768.0L, 32767.0L},                                             // dtSmallInt
+    {0.0L, 65535.0L},                                                  // dtWord
 };
 constexpr int DataTypeCount = static_cast<int>(std::size(DataRanges));
 
@@ -29,7 +29,9 @@ const TDataRange& RangeOf(TDataType DataType) {
     return DataRanges[DataType < DataTypeCount ? DataType : dtExtended];
 }
 
-bool Within(Extended V, const TDataRange& R) { return V >= R.Min && V <= R.Max; } // false for NaN
+bool Within(Extended V, const TDataRange& R) {
+    return V >= R.Min && V <= R.Max;
+} // false for NaN
 
 } // namespace
 
@@ -39,13 +41,19 @@ bool IsIntegerDataType(TDataType DataType) {
     case dtInteger:
     case dtShortint:
     case dtSmallInt:
-    case dtWord: return true;
-    default: return false;
+    case dtWord:
+        return true;
+    default:
+        return false;
     }
 }
 
-Extended DataTypeMin(TDataType DataType) { return RangeOf(DataType).Min; }
-Extended DataTypeMax(TDataType DataType) { return RangeOf(DataType).Max; }
+Extended DataTypeMin(TDataType DataType) {
+    return RangeOf(DataType).Min;
+}
+Extended DataTypeMax(TDataType DataType) {
+    return RangeOf(DataType).Max;
+}
 
 QString EffectiveFormat(TParType ParType, TUnitSystem UnitSystem, const QString& Format) {
     return Format.isEmpty() ? ParFormatOf(ParType, UnitSystem) : Format;
@@ -89,7 +97,8 @@ QString ParToStr(TParType ParType, TUnitSystem UnitSystem, const QString& Format
     return FormatFloat(UnscaledFormat(ParType, UnitSystem, Format, Settings), Value);
 }
 
-QString ParToStr(TParType ParType, TUnitSystem UnitSystem, const QString& Format, bool Scaled, Extended Value) {
+QString ParToStr(TParType ParType, TUnitSystem UnitSystem, const QString& Format, bool Scaled,
+                 Extended Value) {
     return ParToStr(ParType, UnitSystem, Format, Scaled, Value, NumInpFormatSettings);
 }
 
@@ -120,12 +129,12 @@ QString ValueString(Extended Value, TDataType DataType, TNumericType NumericType
 QString ValueString(Extended Value, TDataType DataType, TNumericType NumericType, quint16 Digits,
                     quint16 Decimals, TParType ParType, TUnitSystem UnitSystem, const QString& Format,
                     Extended CustomScale, Extended ScaleOffset, bool Scaled, bool TrimZeroes) {
-    return ValueString(Value, DataType, NumericType, Digits, Decimals, ParType, UnitSystem, Format, CustomScale,
-                       ScaleOffset, Scaled, TrimZeroes, FormatSettings);
+    return ValueString(Value, DataType, NumericType, Digits, Decimals, ParType, UnitSystem, Format,
+                       CustomScale, ScaleOffset, Scaled, TrimZeroes, FormatSettings);
 }
 
-QString ValueString(const QString& Name, TParType ParType, TUnitSystem UnitSystem, double Value, int NameWidth,
-                    int ValueWidth, int UnitWidth) {
+QString ValueString(const QString& Name, TParType ParType, TUnitSystem UnitSystem, double Value,
+                    int NameWidth, int ValueWidth, int UnitWidth) {
     return FormatWidth(-NameWidth, Name) + QStringLiteral(" = ") +
            FormatWidth(ValueWidth, ParToStr(ParType, UnitSystem, QString(), true, Value)) + QLatin1Char(' ') +
            FormatWidth(-UnitWidth, ParUnitStrOf(ParType, UnitSystem));

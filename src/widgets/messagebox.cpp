@@ -15,12 +15,17 @@ struct TButtonMap {
 };
 
 constexpr TButtonMap ButtonMap[] = {
-    {mbYes, QMessageBox::Yes, mrYes},           {mbNo, QMessageBox::No, mrNo},
-    {mbOK, QMessageBox::Ok, mrOk},              {mbCancel, QMessageBox::Cancel, mrCancel},
-    {mbAbort, QMessageBox::Abort, mrAbort},     {mbRetry, QMessageBox::Retry, mrRetry},
+    {mbYes, QMessageBox::Yes, mrYes},
+    {mbNo, QMessageBox::No, mrNo},
+    {mbOK, QMessageBox::Ok, mrOk},
+    {mbCancel, QMessageBox::Cancel, mrCancel},
+    {mbAbort, QMessageBox::Abort, mrAbort},
+    {mbRetry, QMessageBox::Retry, mrRetry},
     {mbIgnore, QMessageBox::Ignore, mrIgnore},
-    {mbNoToAll, QMessageBox::NoToAll, mrNoToAll}, {mbYesToAll, QMessageBox::YesToAll, mrYesToAll},
-    {mbHelp, QMessageBox::Help, mrHelp},        {mbClose, QMessageBox::Close, mrClose},
+    {mbNoToAll, QMessageBox::NoToAll, mrNoToAll},
+    {mbYesToAll, QMessageBox::YesToAll, mrYesToAll},
+    {mbHelp, QMessageBox::Help, mrHelp},
+    {mbClose, QMessageBox::Close, mrClose},
 };
 
 int MessageBoxHandler(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons) {
@@ -28,8 +33,14 @@ int MessageBoxHandler(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Bu
     QMessageBox Box(QApplication::activeWindow());
     Box.setText(Msg);
     switch (DlgType) {
-    case mtWarning: Box.setIcon(QMessageBox::Warning); Box.setWindowTitle(QObject::tr("Warning")); break;
-    case mtError: Box.setIcon(QMessageBox::Critical); Box.setWindowTitle(QObject::tr("Error")); break;
+    case mtWarning:
+        Box.setIcon(QMessageBox::Warning);
+        Box.setWindowTitle(QObject::tr("Warning"));
+        break;
+    case mtError:
+        Box.setIcon(QMessageBox::Critical);
+        Box.setWindowTitle(QObject::tr("Error"));
+        break;
     case mtInformation:
         Box.setIcon(QMessageBox::Information);
         Box.setWindowTitle(QObject::tr("Information"));
@@ -38,7 +49,9 @@ int MessageBoxHandler(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Bu
         Box.setIcon(QMessageBox::Question);
         Box.setWindowTitle(QObject::tr("Confirm"));
         break;
-    case mtCustom: Box.setWindowTitle(QApplication::applicationDisplayName()); break;
+    case mtCustom:
+        Box.setWindowTitle(QApplication::applicationDisplayName());
+        break;
     }
     QMessageBox::StandardButtons Standard;
     for (const auto& M : ButtonMap)

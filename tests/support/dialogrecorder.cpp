@@ -12,11 +12,14 @@ DialogRecorder::DialogRecorder() {
     });
 }
 
-DialogRecorder::~DialogRecorder() { SetMessageDlgHandler(FPrevious); }
+DialogRecorder::~DialogRecorder() {
+    SetMessageDlgHandler(FPrevious);
+}
 
 QStringList DialogRecorder::Messages() const {
     QStringList List;
-    for (const auto& D : FDialogs) List << D.Msg;
+    for (const auto& D : FDialogs)
+        List << D.Msg;
     return List;
 }
 

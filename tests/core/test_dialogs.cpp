@@ -1,0 +1,66 @@
+#include <qxnum/dialogs.h>
+
+#include "dialogrecorder.h"
+
+#include <gtest/gtest.h>
+
+using namespace qxnum;
+using qxnum::test::DialogRecorder;
+
+TEST(MessageDlg, RecorderScriptsAnswersAndRecordsEverything) {
+    DialogRecorder Recorder;
+    Recorder.Script({mrNo, mrYes});
+    EXPECT_EQ(MessageDlg(QStringLiteral("Save?"), mtConfirmation, mbYesNoCancel), mrNo);
+    EXPECT_EQ(MessageDlg(QStringLiteral("Sure?"), mtConfirmation, mbYesNo), mrYes);
+    // Script exhausted: the dialog is closed, which is Cancel when offered.
+    EXPECT_EQ(MessageDlg(QStringLiteral("Again?"), mtWarning, mbYesNoCancel), mrCancel);
+    ASSERT_EQ(Recorder.Count(), 3);
+    EXPECT_EQ(Recorder.Messages(), (QStringList{"Save?", "Sure?", "Again?"}));
+    EXPECT_EQ(Recorder.Dialogs()[0].DlgType, mtConfirmation);
+    EXPECT_EQ(Recorder.Dialogs()[1].Buttons, mbYesNo);
+    EXPECT_EQ(Recorder.Dialogs()[2].DlgType, mtWarning);
+}
+
+TEST(MessageDlg, DefaultResultWhenClosedWithoutAButton) {
+    struct Case {
+        TMsgDlgButtons Buttons;
+        int Result;
+    };
+    const Case Cases[] = {
+        {mbOK, mrOk},   {mbOKCancel, mrCancel}, {mbYesNoCancel, mrCancel},  {mbYesNo, mrNone},
+        {mbYes, mrYes}, {mbClose, mrClose},     {TMsgDlgButtons(), mrNone},
+    };
+    for (const Case& C : Cases)
+        EXPECT_EQ(DefaultDialogResult(C.Buttons), C.Result) << C.Buttons.toInt();
+}
+
+TEST(MessageDlg, HandlersNestAndRestore) {
+    int Outer = 0;
+    const TMessageDlgHandler Saved = SetMessageDlgHandler([&](const QString&, TMsgDlgType, TMsgDlgButtons) {
+        ++Outer;
+        return mrOk;
+    });
+    {
+        DialogRecorder Inner;
+        MessageDlg(QStringLiteral("to the recorder"), mtError, mbOK);
+        EXPECT_EQ(Inner.Count(), 1);
+    }
+    EXPECT_EQ(MessageDlg(QStringLiteral("to the outer handler"), mtError, mbOK), mrOk);
+    EXPECT_EQ(Outer, 1);
+    // An empty handler brings back the built-in one, which answers with the default result.
+    SetMessageDlgHandler(nullptr);
+    EXPECT_EQ(MessageDlg(QStringLiteral("built-in (printed to stderr)"), mtInformation, mbOKCancel),
+              mrCancel);
+    SetMessageDlgHandler(Saved);
+}
+
+TEST(MessageDlg, HandlerMayReplaceItselfWhileRunning) {
+    TMessageDlgHandler Saved;
+    Saved = SetMessageDlgHandler([&](const QString&, TMsgDlgType, TMsgDlgButtons) {
+        SetMessageDlgHandler([](const QString&, TMsgDlgType, TMsgDlgButtons) { return mrNo; });
+        return mrYes;
+    });
+    EXPECT_EQ(MessageDlg(QStringLiteral("first"), mtConfirmation, mbYesNo), mrYes);
+    EXPECT_EQ(MessageDlg(QStringLiteral("second"), mtConfirmation, mbYesNo), mrNo);
+    SetMessageDlgHandler(Saved);
+}
