@@ -1,0 +1,388 @@
+#include <qxnum/formatsettings.h>
+#include <qxnum/parser.h>
+
+#include <QObject>
+#include <QString>
+#include <gtest/gtest.h>
+
+#include <cfenv>
+#include <chrono>
+#include <cmath>
+#include <map>
+#include <numbers>
+#include <ostream>
+#include <random>
+
+using namespace qxnum;
+
+// Readable failure output for QString comparisons.
+static void PrintTo(const QString& S, std::ostream* Os) {
+    *Os << '"' << S.toStdString() << '"';
+}
+
+namespace {
+
+class ParserTest : public ::testing::Test {
+protected:
+    void SetUp() override { Saved = NumInpFormatSettings; }
+    void TearDown() override { NumInpFormatSettings = Saved; }
+
+    void UseDecimalComma() { NumInpFormatSettings.DecimalSeparator = QLatin1Char(','); }
+
+    // Evaluates Text with the variables in Vars; an unknown name is left unresolved.
+    Extended Calc(const QString& Text, const std::map<QString, Extended>& Vars = {}) {
+        TQXParser P(&Owner);
+        P.SetDescription(QStringLiteral("p1 expression in Pressure"));
+        P.SetOnCheckVariable([&Vars](QObject*, const QString& Name, Extended& Value, bool& Found) {
+            const auto It = Vars.find(Name);
+            if (It == Vars.end()) return;
+            Value = It->second;
+            Found = true;
+        });
+        P.SetExpression(Text);
+        return P.CalcValue();
+    }
+
+    // The message of the error Text raises, without the description prefix.
+    QString ErrorOf(const QString& Text, const std::map<QString, Extended>& Vars = {}) {
+        try {
+            const Extended V = Calc(Text, Vars);
+            return QStringLiteral("no error, value %1").arg(static_cast<double>(V));
+        } catch (const EQXParserError& E) {
+            const QString Prefix = QStringLiteral("p1 expression in Pressure: ");
+            if (!E.Message().startsWith(Prefix)) return QStringLiteral("no description: ") + E.Message();
+            return E.Message().mid(Prefix.size());
+        }
+    }
+
+    TFormatSettings Saved;
+    QObject Owner;
+};
+
+struct TValueCase {
+    const char* Text;
+    double Expected;
+};
+
+TEST_F(ParserTest, EvaluatesArithmeticFunctionsAndConstants) {
+    const TValueCase Cases[] = {
+        {"1+2*3", 7},
+        {"(1+2)*3", 9},
+        {"10-4-3", 3},
+        {"10/4/5", 0.5},
+        {"2^3^2", 512}, // power is right-associative
+        {"2*3^2", 18},
+        {"-2^2", -4}, // the sign binds weaker than the power
+        {"-(2)^2", -4},
+        {"(-2)^2", 4},
+        {"2^-2", 0.25},
+        {"2*-3", -6},
+        {"+3-+1", 2},
+        {"-3*-1", 3},
+        {" \t1 +  2 ", 3},
+        {"((((1+1))))*2", 4},
+        {"sin(0.5)", std::sin(0.5)},
+        {"cos(0.5)+tan(0.5)", std::cos(0.5) + std::tan(0.5)},
+        {"asin(0.5)*acos(0.5)", std::asin(0.5) * std::acos(0.5)},
+        {"atan(1)*4", std::atan(1.0) * 4},
+        {"exp(2)", std::exp(2.0)},
+        {"ln(10)", std::log(10.0)},
+        {"log10(1000)", 3},
+        {"sqrt(2)", std::sqrt(2.0)},
+        {"abs(-3.5)", 3.5},
+        {"min(3,1,2)", 1},
+        {"max(3,1,2)", 3},
+        {"min(2,-5)", -5},
+        {"max(1,2,3,4,5,6,7,8,9,10,11,12)", 12},
+        {"max(min(4,2),1+1.5)", 2.5},
+        {"SIN(0.5)", std::sin(0.5)},
+        {"Sqrt (16)", 4},
+        {"pi", std::numbers::pi},
+        {"PI/2", std::numbers::pi / 2},
+        {"2*Pi", 2 * std::numbers::pi},
+        {"1.5E+03*2", 3000},
+        {"1e5+1", 100001},
+        {"2.5e-3*1000", 2.5},
+        {"1E2*1e-2", 1},
+        {".5+5.", 5.5},
+    };
+    for (const auto& C : Cases) {
+        const QString Text = QString::fromUtf8(C.Text);
+        try {
+            EXPECT_DOUBLE_EQ(static_cast<double>(Calc(Text)), C.Expected) << C.Text;
+        } catch (const EQXParserError& E) {
+            ADD_FAILURE() << C.Text << ": " << E.what();
+        }
+    }
+}
+
+TEST_F(ParserTest, PiIsTheDoubleNearestPi) {
+    EXPECT_EQ(Calc(QStringLiteral("pi")), static_cast<Extended>(std::numbers::pi));
+}
+
+TEST_F(ParserTest, PlainNumbersKeepExtendedPrecision) {
+    // The long double nearest 0.1 differs from the double nearest 0.1.
+    EXPECT_EQ(Calc(QStringLiteral("0.1")), 0.1L);
+    EXPECT_NE(Calc(QStringLiteral("0.1")), static_cast<Extended>(0.1));
+    EXPECT_EQ(Calc(QStringLiteral("  -0.1 ")), -0.1L);
+    EXPECT_EQ(Calc(QStringLiteral("1.000000000000000001")), 1.000000000000000001L);
+    EXPECT_EQ(Calc(QStringLiteral("- 0.1")), -0.1L);
+    // Beyond double range but inside extended range: still a plain number.
+    EXPECT_EQ(Calc(QStringLiteral("1e400")), 1e400L);
+    UseDecimalComma();
+    EXPECT_EQ(Calc(QStringLiteral("0,1")), 0.1L);
+}
+
+TEST_F(ParserTest, DecimalCommaUsesSemicolonBetweenArguments) {
+    UseDecimalComma();
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("1,5*2"))), 3.0);
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("max(1,5;2,25)"))), 2.25);
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("min(1,5; 2; 0,25)"))), 0.25);
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("1,5E+03*2"))), 3000.0);
+    // A point is still read as a decimal point: there is nothing else it could mean.
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("1.5*2"))), 3.0);
+    // "1,2" is one number here, so max gets one argument.
+    EXPECT_EQ(ErrorOf(QStringLiteral("max(1,2)")),
+              QStringLiteral("too few arguments for 'max' at position 1"));
+    // The settings are read on every evaluation, not when the parser is made.
+    TQXParser P;
+    P.SetExpression(QStringLiteral("max(1,5;2)"));
+    EXPECT_DOUBLE_EQ(static_cast<double>(P.CalcValue()), 2.0);
+    NumInpFormatSettings.DecimalSeparator = QLatin1Char('.');
+    EXPECT_DOUBLE_EQ(static_cast<double>(P.CalcValue()), 5.0); // now three arguments: 1, 5 and 2
+    P.SetExpression(QStringLiteral("max(1;5,2)"));
+    EXPECT_DOUBLE_EQ(static_cast<double>(P.CalcValue()), 5.0);
+}
+
+TEST_F(ParserTest, ResolvesVariablesThroughTheEvent) {
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("2*p1+1"), {{QStringLiteral("p1"), 10}})), 21.0);
+    EXPECT_DOUBLE_EQ(
+        static_cast<double>(Calc(QStringLiteral("T_amb-273.15"), {{QStringLiteral("T_amb"), 300}})),
+        300 - 273.15);
+    // Function names without "(" are ordinary identifiers.
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("abs*2+max"),
+                                              {{QStringLiteral("abs"), 3}, {QStringLiteral("max"), 1}})),
+                     7.0);
+    // Non-ASCII names reach the host unchanged.
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("Δp/2+Größe"),
+                                              {{QStringLiteral("Δp"), 4}, {QStringLiteral("Größe"), 1}})),
+                     3.0);
+}
+
+TEST_F(ParserTest, EventSeesOwnerAndNamesAsTypedOncePerEvaluation) {
+    TQXParser P(&Owner);
+    EXPECT_EQ(P.Owner(), &Owner);
+    std::vector<QString> Asked;
+    Extended P1 = 1;
+    P.SetOnCheckVariable([&](QObject* Sender, const QString& Name, Extended& Value, bool& Found) {
+        EXPECT_EQ(Sender, &Owner);
+        Asked.push_back(Name);
+        Value = Name == QStringLiteral("p1") ? P1 : 100;
+        Found = true;
+    });
+    P.SetExpression(QStringLiteral("p1+P1+p1*p1"));
+    EXPECT_DOUBLE_EQ(static_cast<double>(P.CalcValue()), 1 + 100 + 1);
+    EXPECT_EQ(Asked, (std::vector<QString>{QStringLiteral("p1"), QStringLiteral("P1")}));
+    // A second evaluation asks again and sees the host's new value.
+    P1 = 5;
+    EXPECT_DOUBLE_EQ(static_cast<double>(P.CalcValue()), 5 + 100 + 25);
+    EXPECT_EQ(Asked.size(), 4u);
+}
+
+struct TErrorCase {
+    const char* Text;
+    const char* Message;
+};
+
+TEST_F(ParserTest, ReportsErrorsWithReasonAndPosition) {
+    const TErrorCase Cases[] = {
+        {"", "empty expression"},
+        {"   ", "empty expression"},
+        {"2*q", "unknown identifier 'q' at position 3"},
+        {"x + 1 + y", "unknown identifier 'x' at position 1"},
+        {"1+", "unexpected end of expression at position 3"},
+        {"(1+2)*", "unexpected end of expression at position 7"},
+        {"1+*2", "unexpected '*' at position 3"},
+        {"--2", "unexpected '-' at position 2"},
+        {"1-+-2", "unexpected '-' at position 4"},
+        {"*2", "unexpected '*' at position 1"},
+        {"2 3", "missing operator before '3' at position 3"},
+        {"2(3)", "missing operator before '(' at position 2"},
+        {"pi pi", "missing operator before 'pi' at position 4"},
+        {"(1+2", "missing ')' for '(' at position 1"},
+        {"((1)+(2)", "missing ')' for '(' at position 1"},
+        {"1+2)", "unmatched ')' at position 4"},
+        {"()", "unexpected ')' at position 2"},
+        {"sin(1,2)", "too many arguments for 'sin' at position 1"},
+        {"3*MIN(3)", "too few arguments for 'MIN' at position 3"},
+        {"max()", "unexpected ')' at position 5"},
+        {"max(1,,2)", "unexpected ',' at position 7"},
+        {"sin()", "unexpected ')' at position 5"},
+        {"1,2", "unexpected ',' at position 2"},
+        {"(1,2)", "unexpected ',' at position 3"},
+        {"sinh(1)", "unknown function 'sinh' at position 1"},
+        {"log(100)", "unknown function 'log' at position 1"},
+        {"pi(2)", "unknown function 'pi' at position 1"},
+        {"2x", "invalid number '2x' at position 1"},
+        {"1+2e", "invalid number '2e' at position 3"},
+        {"3e+x", "invalid number '3e+x' at position 1"},
+        {"1.2.3", "invalid number '1.2.3' at position 1"},
+        {"1e999999", "number '1e999999' out of range at position 1"},
+        {"2*1e-999999", "number '1e-999999' out of range at position 3"},
+        {"2#3", "invalid character '#' at position 2"},
+        {"1<2", "invalid character '<' at position 2"},
+        {"p1=3", "invalid character '=' at position 3"},
+        {"1\a", "invalid character U+0007 at position 2"},
+        {"Δp+ü+€", "invalid character '€' at position 6"},
+        {"1+\xF0\x9D\x91\xA5", "invalid character U+1D465 at position 3"},
+        {"1/0", "division by zero"},
+        {"ln(0)", "division by zero"},
+        {"1/(1/0)", "division by zero"},
+        {"sqrt(-1)", "undefined result"},
+        {"asin(2)", "undefined result"},
+        {"(-8)^(1/3)", "undefined result"},
+        {"exp(1000)", "result out of range"},
+        {"1e308*10/100", "result out of range"}, // an intermediate overflow, though the end is finite
+    };
+    for (const auto& C : Cases)
+        EXPECT_EQ(ErrorOf(QString::fromUtf8(C.Text)), QString::fromUtf8(C.Message)) << C.Text;
+}
+
+TEST_F(ParserTest, ErrorMessagesNameTheDescription) {
+    TQXParser P(&Owner);
+    P.SetDescription(QStringLiteral("Grid1 expression in Flow"));
+    P.SetExpression(QStringLiteral("2*q"));
+    try {
+        P.CalcValue();
+        ADD_FAILURE() << "no error";
+    } catch (const Exception& E) {
+        EXPECT_EQ(E.Message(),
+                  QStringLiteral("Grid1 expression in Flow: unknown identifier 'q' at position 3"));
+    }
+    // Without a description the reason stands alone.
+    TQXParser Bare;
+    Bare.SetExpression(QStringLiteral("1+"));
+    try {
+        Bare.CalcValue();
+        ADD_FAILURE() << "no error";
+    } catch (const EQXParserError& E) {
+        EXPECT_EQ(E.Message(), QStringLiteral("unexpected end of expression at position 3"));
+    }
+}
+
+TEST_F(ParserTest, VariableErrorsComeAfterSyntaxAndNameTheIdentifier) {
+    int Calls = 0;
+    TQXParser P(&Owner);
+    P.SetOnCheckVariable([&](QObject*, const QString& Name, Extended& Value, bool& Found) {
+        ++Calls;
+        if (Name == QStringLiteral("nan")) {
+            Value = std::numeric_limits<Extended>::quiet_NaN();
+            Found = true;
+        } else if (Name == QStringLiteral("huge")) {
+            Value = 1e400L; // fine as extended, not as double
+            Found = true;
+        }
+    });
+    const TErrorCase Cases[] = {
+        {"q+", "unexpected end of expression at position 3"},
+        {"2*nan", "identifier 'nan' has no finite value at position 3"},
+        {"huge/2", "identifier 'huge' has no finite value at position 1"},
+    };
+    for (const auto& C : Cases) {
+        Calls = 0;
+        P.SetExpression(QString::fromUtf8(C.Text));
+        try {
+            P.CalcValue();
+            ADD_FAILURE() << C.Text << ": no error";
+        } catch (const EQXParserError& E) {
+            EXPECT_EQ(E.Message(), QString::fromUtf8(C.Message)) << C.Text;
+        }
+        EXPECT_EQ(Calls, QByteArray(C.Text) == "q+" ? 0 : 1) << C.Text;
+    }
+    // No event at all: every identifier is unknown.
+    TQXParser NoEvent;
+    NoEvent.SetExpression(QStringLiteral("1 + T_amb"));
+    EXPECT_THROW(NoEvent.CalcValue(), EQXParserError);
+}
+
+TEST_F(ParserTest, CapsLengthAndNesting) {
+    EXPECT_EQ(ErrorOf(QStringLiteral("1+").repeated(50000) + QStringLiteral("1")),
+              QStringLiteral("expression longer than 1000 characters"));
+    const auto Nested = [](int Depth) {
+        return QStringLiteral("(").repeated(Depth) + QStringLiteral("1") +
+               QStringLiteral(")").repeated(Depth);
+    };
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(Nested(100))), 1.0);
+    EXPECT_EQ(ErrorOf(Nested(101)),
+              QStringLiteral("parentheses nested deeper than 100 levels at position 101"));
+    EXPECT_EQ(ErrorOf(QStringLiteral("sin(").repeated(150) + QStringLiteral("1") +
+                      QStringLiteral(")").repeated(150)),
+              QStringLiteral("parentheses nested deeper than 100 levels at position 404"));
+    // A long plain number is still a number, and a long name is quoted shortened.
+    EXPECT_EQ(Calc(QStringLiteral("0.") + QStringLiteral("0").repeated(3000) + QStringLiteral("1")),
+              1e-3001L);
+    EXPECT_EQ(ErrorOf(QStringLiteral("a").repeated(500)), QStringLiteral("unknown identifier '") +
+                                                              QStringLiteral("a").repeated(40) +
+                                                              QStringLiteral("...' at position 1"));
+}
+
+TEST_F(ParserTest, HostileInputGivesValueOrError) {
+    // Characters, including ones that are never valid, and fragments that make real expressions.
+    static const char16_t Alphabet[] = u"0123456789+-*/^()(),;.eEpsinmaxl_ \t\aé€Δ#=<>?:\"'\\\x00\xd835";
+    static const char* const Fragments[] = {"1",  "2.5", "x",    "y",    "pi",   "1e3",  ".5",   "(",
+                                            "(",  ")",   ")",    "+",    "-",    "*",    "/",    "^",
+                                            ",",  ";",   "sin(", "max(", "min(", "abs(", "ln(",  "sqrt(",
+                                            "  ", "e",   "E5",   "0",    "1,5",  "MAX(", "exp(", "Δp"};
+    const unsigned AlphabetSize = static_cast<unsigned>(std::size(Alphabet) - 1);
+    std::mt19937 Rng(12345);
+    TQXParser P(&Owner);
+    P.SetDescription(QStringLiteral("fuzz"));
+    P.SetOnCheckVariable([](QObject*, const QString& Name, Extended& Value, bool& Found) {
+        Found = Name != QStringLiteral("y");
+        Value = Name.size();
+    });
+    int Values = 0;
+    int Errors = 0;
+    const auto Start = std::chrono::steady_clock::now();
+    for (int I = 0; I < 40000; ++I) {
+        QString Text;
+        if (I % 2 == 0) {
+            for (unsigned K = Rng() % 40; K > 0; --K)
+                Text += QChar(Alphabet[Rng() % AlphabetSize]);
+        } else {
+            for (unsigned K = Rng() % 14; K > 0; --K)
+                Text += QString::fromUtf8(Fragments[Rng() % std::size(Fragments)]);
+        }
+        if (I % 3 == 0) NumInpFormatSettings.DecimalSeparator = QLatin1Char(I % 5 ? '.' : ',');
+        P.SetExpression(Text);
+        try {
+            const Extended V = P.CalcValue();
+            EXPECT_TRUE(std::isfinite(V)) << Text.toStdString();
+            ++Values;
+        } catch (const EQXParserError& E) {
+            EXPECT_TRUE(E.Message().startsWith(QStringLiteral("fuzz: "))) << Text.toStdString();
+            // Every error the engine could raise is caught by our own checks first, with a position.
+            EXPECT_FALSE(E.Message().contains(QStringLiteral("invalid expression")))
+                << Text.toStdString() << " -> " << E.what();
+            ++Errors;
+        }
+    }
+    // Both outcomes must occur in numbers, or the loop tested nothing.
+    EXPECT_GT(Values, 1000);
+    EXPECT_GT(Errors, 1000);
+    EXPECT_LT(std::chrono::steady_clock::now() - Start, std::chrono::seconds(60));
+}
+
+TEST_F(ParserTest, CallersFloatingPointFlagsAreKept) {
+    std::feclearexcept(FE_ALL_EXCEPT);
+    std::feraiseexcept(FE_DIVBYZERO);
+    // A flag raised before the call is no error of this expression...
+    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("1+1*2"))), 3.0);
+    // ...and is still set afterwards.
+    EXPECT_TRUE(std::fetestexcept(FE_DIVBYZERO));
+    std::feclearexcept(FE_ALL_EXCEPT);
+    EXPECT_EQ(ErrorOf(QStringLiteral("1/0")), QStringLiteral("division by zero"));
+    EXPECT_FALSE(std::fetestexcept(FE_DIVBYZERO));
+}
+
+} // namespace
