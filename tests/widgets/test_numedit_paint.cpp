@@ -1,0 +1,184 @@
+// The numeric edit's look, checked on rendered images: alignment at rest and while focused,
+// selection highlight, negative and read-only colours, at device pixel ratios 1 and 2.
+#include <qxnum/widgets/numedit.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QPainter>
+#include <QTest>
+#include <QVBoxLayout>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace qxnum;
+
+namespace {
+
+bool WaitFor(const std::function<bool()>& Pred, int Ms = 3000) {
+    QElapsedTimer T;
+    T.start();
+    while (!Pred()) {
+        if (T.elapsed() > Ms) return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    return true;
+}
+
+// Renders W at the given device pixel ratio into a white image.
+QImage Render(QWidget* W, qreal Dpr) {
+    QImage Img((QSizeF(W->size()) * Dpr).toSize(), QImage::Format_ARGB32);
+    Img.setDevicePixelRatio(Dpr);
+    Img.fill(Qt::white);
+    W->render(&Img);
+    return Img;
+}
+
+bool Near(QColor A, QColor B, int Tol = 40) {
+    return std::abs(A.red() - B.red()) <= Tol && std::abs(A.green() - B.green()) <= Tol &&
+           std::abs(A.blue() - B.blue()) <= Tol;
+}
+
+// Columns (in device pixels) that hold text ink: pixels far from the base colour inside the
+// frame, in the middle band of rows.
+struct TInk {
+    int Left = -1, Right = -1, Count = 0;
+    bool Found() const { return Count > 0; }
+};
+
+TInk InkOf(const QImage& Img, QColor Base, const std::function<bool(QColor)>& IsInk = {}) {
+    TInk R;
+    const int Margin = static_cast<int>(4 * Img.devicePixelRatio());
+    for (int Y = Img.height() / 4; Y < Img.height() * 3 / 4; ++Y)
+        for (int X = Margin; X < Img.width() - Margin; ++X) {
+            const QColor C = Img.pixelColor(X, Y);
+            const bool Ink = IsInk ? IsInk(C) : !Near(C, Base, 60);
+            if (!Ink) continue;
+            ++R.Count;
+            if (R.Left < 0 || X < R.Left) R.Left = X;
+            if (X > R.Right) R.Right = X;
+        }
+    return R;
+}
+
+bool Reddish(QColor C) {
+    return C.red() > 150 && C.green() < 90 && C.blue() < 90;
+}
+bool Bluish(QColor C) {
+    return C.blue() > 150 && C.red() < 90 && C.green() < 90;
+}
+
+struct TForm {
+    QWidget W;
+    TNumEdit* E;
+    TNumEdit* Other;
+    TForm() {
+        auto* L = new QVBoxLayout(&W);
+        E = new TNumEdit(&W);
+        Other = new TNumEdit(&W);
+        L->addWidget(E);
+        L->addWidget(Other);
+        E->setMinimumWidth(200);
+        E->SetMin(-1000);
+        E->SetMax(1000);
+        W.show();
+        W.activateWindow();
+    }
+    bool Focus(QWidget* Target) {
+        if (!QTest::qWaitForWindowActive(&W)) return false;
+        Target->setFocus(Qt::TabFocusReason);
+        return WaitFor([Target] { return Target->hasFocus(); });
+    }
+};
+
+} // namespace
+
+TEST(NumEditPaint, RestingTextFollowsAlignmentFocusedTextIsLeft) {
+    for (const qreal Dpr : {1.0, 2.0}) {
+        SCOPED_TRACE(Dpr);
+        TForm F;
+        // The window gives its first edit the focus; rest means another one has it.
+        ASSERT_TRUE(F.Focus(F.Other));
+        F.E->SetValue(12.5);
+        const QColor Base = F.E->palette().color(QPalette::Base);
+        const int Width = static_cast<int>(F.E->width() * Dpr);
+
+        const TInk Right = InkOf(Render(F.E, Dpr), Base);
+        ASSERT_TRUE(Right.Found());
+        EXPECT_GT(Right.Left, Width / 2);
+        EXPECT_GT(Right.Right, Width - static_cast<int>(12 * Dpr));
+
+        F.E->SetAlignment(Qt::AlignHCenter);
+        const TInk Centre = InkOf(Render(F.E, Dpr), Base);
+        EXPECT_NEAR((Centre.Left + Centre.Right) / 2.0, Width / 2.0, 4 * Dpr);
+
+        F.E->SetAlignment(Qt::AlignLeft);
+        const TInk Left = InkOf(Render(F.E, Dpr), Base);
+        EXPECT_LT(Left.Left, static_cast<int>(12 * Dpr));
+        F.E->SetAlignment(Qt::AlignRight);
+
+        // The same text is drawn from the left while the edit has the focus.
+        ASSERT_TRUE(F.Focus(F.E));
+        F.E->deselect();
+        const TInk Focused = InkOf(Render(F.E, Dpr), Base);
+        ASSERT_TRUE(Focused.Found());
+        EXPECT_LT(Focused.Left, static_cast<int>(12 * Dpr));
+        EXPECT_LT(Focused.Right, Width / 2);
+        // Same glyphs, same ink width (the caret may add a column).
+        EXPECT_NEAR(Focused.Right - Focused.Left, Right.Right - Right.Left, 3 * Dpr);
+
+        ASSERT_TRUE(F.Focus(F.Other));
+        const TInk Again = InkOf(Render(F.E, Dpr), Base);
+        EXPECT_EQ(Again.Left, Right.Left);
+        EXPECT_EQ(Again.Right, Right.Right);
+    }
+}
+
+TEST(NumEditPaint, SelectionIsHighlightedOnlyWhileFocused) {
+    TForm F;
+    F.E->SetValue(12.5);
+    ASSERT_TRUE(F.Focus(F.E));
+    F.E->selectAll();
+    const QColor Highlight = F.E->palette().color(QPalette::Active, QPalette::Highlight);
+    const auto IsHighlight = [&](QColor C) { return Near(C, Highlight, 12); };
+    EXPECT_GT(InkOf(Render(F.E, 1), Qt::white, IsHighlight).Count, 20);
+
+    ASSERT_TRUE(F.Focus(F.Other));
+    EXPECT_EQ(InkOf(Render(F.E, 1), Qt::white, IsHighlight).Count, 0);
+}
+
+TEST(NumEditPaint, NegativeReadOnlyAndHostColours) {
+    TForm F;
+    ASSERT_TRUE(F.Focus(F.Other));
+    F.E->SetNegCol(Qt::red);
+    F.E->SetValue(-12.5);
+    const QImage Negative = Render(F.E, 1);
+    EXPECT_GT(InkOf(Negative, Qt::white, Reddish).Count, 10);
+
+    F.E->SetValue(12.5);
+    EXPECT_EQ(InkOf(Render(F.E, 1), Qt::white, Reddish).Count, 0);
+    EXPECT_GT(InkOf(Render(F.E, 1), F.E->palette().color(QPalette::Base)).Count, 10);
+
+    // Read-only text is drawn in ReadOnlyFontColor, also when negative.
+    F.E->SetValue(-12.5);
+    F.E->setReadOnly(true);
+    const QImage ReadOnly = Render(F.E, 2);
+    EXPECT_GT(InkOf(ReadOnly, Qt::white, Bluish).Count, 10);
+    EXPECT_EQ(InkOf(ReadOnly, Qt::white, Reddish).Count, 0);
+    F.E->SetReadOnlyFontColor(Qt::darkGreen);
+    const auto Greenish = [](QColor C) { return C.green() > 70 && C.red() < 60 && C.blue() < 60; };
+    EXPECT_GT(InkOf(Render(F.E, 1), Qt::white, Greenish).Count, 10);
+    F.E->setReadOnly(false);
+    EXPECT_GT(InkOf(Render(F.E, 1), Qt::white, Reddish).Count, 10);
+
+    // A palette set by the host gives the normal colour.
+    QPalette P = F.E->palette();
+    P.setColor(QPalette::Text, QColor(0, 0, 200));
+    F.E->setPalette(P);
+    EXPECT_EQ(F.E->NormalFontColor(), QColor(0, 0, 200));
+    EXPECT_GT(InkOf(Render(F.E, 1), Qt::white, Reddish).Count, 10); // still negative
+    F.E->SetValue(3);
+    EXPECT_GT(InkOf(Render(F.E, 1), Qt::white, Bluish).Count, 10);
+    EXPECT_EQ(InkOf(Render(F.E, 1), Qt::white, Reddish).Count, 0);
+}
