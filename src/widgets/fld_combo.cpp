@@ -1,0 +1,171 @@
+// TComboBoxFld: the combo-box field, with its saved text and the older stream layout.
+#include <qxnum/registry.h>
+#include <qxnum/widgets/fields.h>
+
+#include <QLineEdit>
+
+namespace qxnum {
+
+namespace {
+
+const QString ItemIndexElement = QStringLiteral("ItemIndex");
+const QString TextElement = QStringLiteral("Text");
+
+const TClassRegistrar ComboBoxFldRegistrar("TComboBoxFld", [](QObject* Owner) -> QObject* {
+    return new TComboBoxFld(qobject_cast<QWidget*>(Owner));
+});
+
+bool IsStringTag(TValueType Tag) {
+    return Tag == vaString || Tag == vaLString || Tag == vaWString || Tag == vaUTF8String;
+}
+
+} // namespace
+
+TComboBoxFld::TComboBoxFld(QWidget* Parent) : QComboBox(Parent), TFieldBase(this) {
+    setEditable(true);
+    // A typed text is the field's text, not a new item.
+    setInsertPolicy(QComboBox::NoInsert);
+    ConnectEdit();
+    connect(this, &QComboBox::activated, this, [this](int) { Change(); });
+}
+
+TComboBoxFld::~TComboBoxFld() = default;
+
+void TComboBoxFld::ConnectEdit() {
+    if (QLineEdit* E = lineEdit())
+        connect(E, &QLineEdit::textEdited, this, [this](const QString&) { Change(); });
+}
+
+void TComboBoxFld::SetStyle(TComboBoxStyle AValue) {
+    if (AValue == FStyle) return;
+    FStyle = AValue;
+    const bool WasEditable = isEditable();
+    const bool Editable = AValue != csDropDownList;
+    setEditable(Editable);
+    // Becoming editable creates a new line edit.
+    if (Editable && !WasEditable) {
+        setInsertPolicy(QComboBox::NoInsert);
+        ConnectEdit();
+    }
+}
+
+QStringList TComboBoxFld::Items() const {
+    QStringList L;
+    L.reserve(count());
+    for (int I = 0; I < count(); ++I)
+        L.append(itemText(I));
+    return L;
+}
+
+void TComboBoxFld::SetItems(const QStringList& AValue) {
+    clear();
+    addItems(AValue);
+    setCurrentIndex(-1);
+}
+
+void TComboBoxFld::SetItemIndex(int AValue) {
+    setCurrentIndex(AValue >= 0 && AValue < count() ? AValue : -1);
+}
+
+void TComboBoxFld::SetText(const QString& AValue) {
+    if (FStyle == csDropDownList)
+        setCurrentIndex(findText(AValue));
+    else
+        setEditText(AValue);
+}
+
+void TComboBoxFld::RevertToSavedText() {
+    // The index first: selecting an item rewrites the edit text.
+    setCurrentIndex(findText(FSavedText));
+    if (FStyle != csDropDownList) setEditText(FSavedText);
+}
+
+void TComboBoxFld::Change() {
+    FSavedText = currentText();
+    if (FOnChange) FOnChange(this);
+    Q_EMIT changed();
+}
+
+void TComboBoxFld::Assign(QObject* Source) {
+    const auto* S = qobject_cast<TComboBoxFld*>(Source);
+    if (!S) AssignError(Source);
+    SetItemIndex(S->ItemIndex());
+    if (FStyle != csDropDownList) setEditText(S->Text());
+}
+
+void TComboBoxFld::SetFormCreateVal() {
+    FFormCreateItemIndex = currentIndex();
+    FFormCreateText = currentText();
+}
+
+void TComboBoxFld::ResetToFormCreateVal() {
+    SetItemIndex(FFormCreateItemIndex);
+    if (FStyle != csDropDownList) setEditText(FFormCreateText);
+}
+
+bool TComboBoxFld::XmlValueChanged(TXmlNode ParentXmlNode) {
+    bool Changed = XmlChildChanged(ParentXmlNode, ItemIndexElement, [this](TXmlNode C) {
+        int I = 0;
+        return !XmlTryStrToInt(C.ValueAsString(), I) || I != currentIndex();
+    });
+    // A drop-down list has no text of its own: the index says everything.
+    if (!Changed && FStyle != csDropDownList)
+        Changed = XmlChildChanged(ParentXmlNode, TextElement,
+                                  [this](TXmlNode C) { return C.ValueAsString() != currentText(); });
+    return Changed;
+}
+
+QString TComboBoxFld::GetValueText() {
+    const int I = currentIndex();
+    return I >= 0 && I < count() ? itemText(I) : currentText();
+}
+
+QString TComboBoxFld::GetXMLValueText(TXmlNode ParentXmlNode) {
+    const TXmlNode C = ParentXmlNode.NodeByName(TextElement);
+    return C ? C.ValueAsString() : NoValueText();
+}
+
+void TComboBoxFld::ApplyRead(std::optional<int> Index, const std::optional<QString>& NewText,
+                             bool SaveEmptyText) {
+    const QString T0 = currentText();
+    if (Index) SetItemIndex(*Index);
+    if (NewText) {
+        if (FStyle != csDropDownList || !Index) SetText(*NewText);
+        FSavedText = *NewText;
+    } else if (Index) {
+        // Selecting the item rewrote the edit text; the box keeps the text it had.
+        if (FStyle != csDropDownList) setEditText(T0);
+        if (SaveEmptyText || !T0.isEmpty()) FSavedText = T0;
+    }
+}
+
+void TComboBoxFld::WriteStreamValue(TWriter& Writer) {
+    Writer.WriteInteger(currentIndex());
+    Writer.WriteString(currentText());
+}
+
+TFieldBase::TApplyValue TComboBoxFld::ReadStreamValue(TReader& Reader) {
+    const int Index = Reader.ReadInteger();
+    std::optional<QString> Text;
+    // The older layout has no text: its next value is Visible, a boolean.
+    if (IsStringTag(Reader.NextValue())) Text = Reader.ReadString();
+    return [this, Index, Text] { ApplyRead(Index, Text, true); };
+}
+
+void TComboBoxFld::WriteXmlValue(TXmlNode Node) {
+    Node.WriteInteger(ItemIndexElement, currentIndex());
+    Node.WriteString(TextElement, currentText());
+}
+
+TFieldBase::TApplyValue TComboBoxFld::ReadXmlValue(TXmlNode Node) {
+    int I = 0;
+    std::optional<int> Index;
+    if (ReadXmlInteger(Node, ItemIndexElement, I)) Index = I;
+    QString S;
+    std::optional<QString> Text;
+    if (ReadXmlString(Node, TextElement, S)) Text = S;
+    if (!Index && !Text) return {};
+    return [this, Index, Text] { ApplyRead(Index, Text, false); };
+}
+
+} // namespace qxnum

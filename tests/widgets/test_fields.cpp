@@ -1,0 +1,687 @@
+// The eight control fields against the common contract: round trips through both media, the
+// copy / form-create bookkeeping, the XML write events, registration, and hostile input.
+#include <qxnum/registry.h>
+#include <qxnum/widgets/fields.h>
+
+#include <QBuffer>
+#include <QRandomGenerator>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+QT_BEGIN_NAMESPACE
+// Readable failure messages.
+inline void PrintTo(const QString& S, std::ostream* Os) {
+    *Os << '"' << S.toStdString() << '"';
+}
+QT_END_NAMESPACE
+
+using namespace qxnum;
+
+namespace {
+
+// --- The table of field kinds -------------------------------------------------------------------
+
+const QString Unicode = QStringLiteral("°C m² m³ \U0001F600 \U0001D11E Größe");
+
+struct TFieldKind {
+    const char* ClassName;
+    bool EditLike;                                      // GetReadOnly is ReadOnly, not !Enabled
+    std::function<void(QWidget*)> Prepare;              // items and the like
+    std::vector<std::function<void(QWidget*)>> Samples; // distinct values; the last is the empty one
+    std::function<QString(QWidget*)> Snapshot;          // the whole value as text
+    std::function<QString(QWidget*)> CopyKey;           // what the copy value compares (empty: Snapshot)
+    // Value elements with text that is not of their type (empty: the field takes any text).
+    std::vector<std::pair<QString, QString>> BadXml;
+};
+
+template <typename T> T* As(QWidget* W) {
+    T* F = qobject_cast<T*>(W);
+    EXPECT_NE(F, nullptr);
+    return F;
+}
+
+QString StatesText(const QList<TCheckBoxState>& L) {
+    QStringList S;
+    for (const TCheckBoxState St : L)
+        S.append(GetEnumName(St));
+    return S.join(QLatin1Char(','));
+}
+
+const std::vector<TFieldKind>& Kinds() {
+    static const std::vector<TFieldKind> K = {
+        {"TStringFld",
+         true,
+         {},
+         {[](QWidget* W) { As<TStringFld>(W)->SetText(QStringLiteral("Pressure 5 bar")); },
+          [](QWidget* W) { As<TStringFld>(W)->SetText(Unicode); },
+          [](QWidget* W) { As<TStringFld>(W)->SetText(QString()); }},
+         [](QWidget* W) { return As<TStringFld>(W)->Text(); },
+         {},
+         {}},
+        {"TMemoFld",
+         true,
+         {},
+         {[](QWidget* W) { As<TMemoFld>(W)->SetText(QStringLiteral("first line\nsecond\n\nfourth")); },
+          [](QWidget* W) { As<TMemoFld>(W)->SetText(Unicode + QStringLiteral("\n10\u00a0kg\n")); },
+          [](QWidget* W) { As<TMemoFld>(W)->SetText(QString()); }},
+         [](QWidget* W) { return As<TMemoFld>(W)->Text(); },
+         {},
+         {}},
+        {"TCheckFld",
+         false,
+         [](QWidget* W) { As<TCheckFld>(W)->setText(Unicode); },
+         {[](QWidget* W) { As<TCheckFld>(W)->SetChecked(true); },
+          [](QWidget* W) { As<TCheckFld>(W)->SetChecked(false); }},
+         [](QWidget* W) { return QString::number(As<TCheckFld>(W)->Checked()); },
+         {},
+         {{"Value", "abc"}, {"Value", ""}, {"Value", "on"}}},
+        {"TRadioBtnFld",
+         false,
+         [](QWidget* W) { As<TRadioBtnFld>(W)->setText(Unicode); },
+         {[](QWidget* W) { As<TRadioBtnFld>(W)->SetChecked(true); },
+          [](QWidget* W) { As<TRadioBtnFld>(W)->SetChecked(false); }},
+         [](QWidget* W) { return QString::number(As<TRadioBtnFld>(W)->Checked()); },
+         {},
+         {{"Value", "yes"}, {"Value", "  "}}},
+        {"TRadioGrpFld",
+         false,
+         [](QWidget* W) {
+             As<TRadioGrpFld>(W)->SetItems({"bar", Unicode, "psi"});
+         },
+         {[](QWidget* W) { As<TRadioGrpFld>(W)->SetItemIndex(0); },
+          [](QWidget* W) { As<TRadioGrpFld>(W)->SetItemIndex(1); },
+          [](QWidget* W) { As<TRadioGrpFld>(W)->SetItemIndex(-1); }},
+         [](QWidget* W) { return QString::number(As<TRadioGrpFld>(W)->ItemIndex()); },
+         {},
+         {{"ItemIndex", "abc"}, {"ItemIndex", "1.5"}, {"ItemIndex", "99999999999"}, {"ItemIndex", ""}}},
+        {"TCheckListBoxFld",
+         false,
+         [](QWidget* W) {
+             As<TCheckListBoxFld>(W)->SetItems({"Alpha", Unicode, "\U0001F600"});
+         },
+         {[](QWidget* W) {
+              As<TCheckListBoxFld>(W)->SetStates({cbChecked, cbGrayed, cbUnchecked});
+          },
+          [](QWidget* W) {
+              As<TCheckListBoxFld>(W)->SetStates({cbUnchecked, cbChecked, cbGrayed});
+          },
+          [](QWidget* W) {
+              As<TCheckListBoxFld>(W)->SetStates({cbUnchecked, cbUnchecked, cbUnchecked});
+          }},
+         [](QWidget* W) { return StatesText(As<TCheckListBoxFld>(W)->States()); },
+         {},
+         {}},
+        {"TComboBoxFld",
+         false,
+         [](QWidget* W) {
+             As<TComboBoxFld>(W)->SetItems({"one", "two", Unicode});
+         },
+         {[](QWidget* W) { As<TComboBoxFld>(W)->SetItemIndex(1); },
+          [](QWidget* W) { As<TComboBoxFld>(W)->SetItemIndex(2); },
+          [](QWidget* W) {
+              As<TComboBoxFld>(W)->SetItemIndex(-1);
+              As<TComboBoxFld>(W)->SetText(QStringLiteral("free \U0001D11E text"));
+          },
+          [](QWidget* W) {
+              As<TComboBoxFld>(W)->SetItemIndex(-1);
+              As<TComboBoxFld>(W)->SetText(QString());
+          }},
+         [](QWidget* W) {
+             auto* C = As<TComboBoxFld>(W);
+             return QString::number(C->ItemIndex()) + QLatin1Char('|') + C->Text();
+         },
+         [](QWidget* W) { return QString::number(As<TComboBoxFld>(W)->ItemIndex()); },
+         {{"ItemIndex", "two"}, {"ItemIndex", "0x1"}}},
+        {"TDateTimePickerFld",
+         false,
+         {},
+         {[](QWidget* W) {
+              As<TDateTimePickerFld>(W)->SetDateTime(QDateTime(QDate(2024, 2, 29), QTime(13, 45, 12, 345)));
+          },
+          [](QWidget* W) {
+              As<TDateTimePickerFld>(W)->SetDateTime(QDateTime(QDate(100, 1, 1), QTime(0, 0, 0, 1)));
+          },
+          [](QWidget* W) {
+              As<TDateTimePickerFld>(W)->SetDateTime(QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59, 999)));
+          },
+          [](QWidget* W) {
+              As<TDateTimePickerFld>(W)->SetDateTime(QDateTime(QDate(1899, 12, 30), QTime(0, 0)));
+          }},
+         [](QWidget* W) { return TDateTimePickerFld::XmlText(As<TDateTimePickerFld>(W)->DateTime()); },
+         {},
+         {{"Value", "yesterday"},
+          {"Value", "2024-13-01"},
+          {"Value", "2024-02-30T10:00:00"},
+          {"Value", "0099-12-31T23:59:59"},
+          {"Value", "12345"}}},
+    };
+    return K;
+}
+
+// The check-list field has three items, so the extra hostile case adds an unknown state name.
+void AddKindSpecificBadXml(const TFieldKind& K, TXmlNode Node, QString& Element) {
+    if (QLatin1String(K.ClassName) == QLatin1String("TCheckListBoxFld")) {
+        TXmlNode It = Node.NodeFindOrCreate("Items").NodeNew("Item");
+        It.WriteAttributeString("Caption", "Alpha");
+        It.SetValueAsString("cbMaybe");
+        Element = "Items";
+    }
+}
+
+// --- Helpers ------------------------------------------------------------------------------------
+
+// Assign is not virtual: call it through the concrete class of Dst.
+template <typename... T> void AssignAs(QWidget* Dst, QObject* Src) {
+    (void)((qobject_cast<T*>(Dst) ? (qobject_cast<T*>(Dst)->Assign(Src), true) : false) || ...);
+}
+
+void CallAssign(QWidget* Dst, QObject* Src) {
+    AssignAs<TStringFld, TMemoFld, TCheckFld, TRadioBtnFld, TRadioGrpFld, TCheckListBoxFld, TComboBoxFld,
+             TDateTimePickerFld>(Dst, Src);
+}
+
+QByteArray WriteRecord(INumFld* F) {
+    QBuffer B;
+    B.open(QIODevice::WriteOnly);
+    {
+        TWriter W(&B);
+        F->WritetoStream(W);
+    }
+    return B.data();
+}
+
+// Reads one record; returns the reader's position afterwards.
+qint64 ReadRecord(INumFld* F, const QByteArray& Bytes, bool Skip = false) {
+    QBuffer B;
+    B.setData(Bytes);
+    B.open(QIODevice::ReadOnly);
+    TReader R(&B);
+    if (Skip)
+        F->SkipfromStream(R);
+    else
+        F->ReadfromStream(R);
+    return R.Position();
+}
+
+class FieldTest : public ::testing::Test {
+protected:
+    // Every field sits in a panel of its own, so that radio buttons do not exclude each other.
+    QWidget* Make(const TFieldKind& K) {
+        QObject* O = CreateComponent(QString::fromLatin1(K.ClassName), new QWidget(&Window));
+        EXPECT_NE(O, nullptr) << K.ClassName;
+        auto* W = qobject_cast<QWidget*>(O);
+        W->setObjectName(QStringLiteral("Fld%1").arg(++Count));
+        if (K.Prepare) K.Prepare(W);
+        return W;
+    }
+    static TFieldBase* Base(QWidget* W) { return dynamic_cast<TFieldBase*>(W); }
+    static QString CopyKey(const TFieldKind& K, QWidget* W) {
+        return K.CopyKey ? K.CopyKey(W) : K.Snapshot(W);
+    }
+
+    QWidget Window;
+    int Count = 0;
+};
+
+struct TCase {
+    std::size_t Kind;
+    std::size_t Sample;
+};
+
+std::vector<TCase> AllSamples() {
+    std::vector<TCase> V;
+    for (std::size_t K = 0; K < Kinds().size(); ++K)
+        for (std::size_t S = 0; S < Kinds()[K].Samples.size(); ++S)
+            V.push_back({K, S});
+    return V;
+}
+
+std::string CaseName(const ::testing::TestParamInfo<TCase>& I) {
+    return std::string(Kinds()[I.param.Kind].ClassName + 1) + "_" + std::to_string(I.param.Sample);
+}
+
+std::string KindName(const ::testing::TestParamInfo<std::size_t>& I) {
+    return std::string(Kinds()[I.param].ClassName + 1);
+}
+
+std::vector<std::size_t> AllKinds() {
+    std::vector<std::size_t> V(Kinds().size());
+    for (std::size_t I = 0; I < V.size(); ++I)
+        V[I] = I;
+    return V;
+}
+
+// --- Round trips, one value of one class per case -----------------------------------------------
+
+class FieldRoundTrip : public FieldTest, public ::testing::WithParamInterface<TCase> {
+protected:
+    const TFieldKind& K() const { return Kinds()[GetParam().Kind]; }
+    // A source field holding the sample, hidden and disabled, and a target holding another value.
+    void MakePair(QWidget*& Src, QWidget*& Dst) {
+        const auto& Samples = K().Samples;
+        const std::size_t S = GetParam().Sample;
+        Src = Make(K());
+        Samples[S](Src);
+        Base(Src)->SetFieldVisible(false);
+        Base(Src)->SetFieldEnabled(false);
+        Dst = Make(K());
+        Samples[(S + 1) % Samples.size()](Dst);
+        ASSERT_NE(K().Snapshot(Src), K().Snapshot(Dst)) << "samples must differ";
+    }
+};
+
+TEST_P(FieldRoundTrip, StreamKeepsValueAndGatesVisibleEnabled) {
+    for (const bool Gate : {false, true}) {
+        SCOPED_TRACE(Gate ? "StreamReadVisibleandEnabled" : "plain");
+        QWidget *Src = nullptr, *Dst = nullptr;
+        MakePair(Src, Dst);
+        const QByteArray Bytes = WriteRecord(Base(Src));
+        Base(Dst)->SetStreamReadVisibleandEnabled(Gate);
+        Base(Dst)->ChangedAfterOK = true;
+        int AfterRead = 0;
+        Base(Dst)->SetOnAfterRead([&](QObject* Sender) {
+            EXPECT_EQ(Sender, Dst);
+            // The copy value is taken before the event: the field reads as unchanged here.
+            EXPECT_FALSE(Base(Dst)->HasChanged());
+            ++AfterRead;
+        });
+        EXPECT_EQ(ReadRecord(Base(Dst), Bytes), Bytes.size());
+        EXPECT_EQ(K().Snapshot(Dst), K().Snapshot(Src));
+        EXPECT_FALSE(Base(Dst)->HasChanged());
+        EXPECT_FALSE(Base(Dst)->ChangedAfterOK);
+        EXPECT_EQ(AfterRead, 1);
+        // The memo's record has no Visible / Enabled pair.
+        const bool Applied = Gate && QLatin1String(K().ClassName) != QLatin1String("TMemoFld");
+        EXPECT_EQ(Base(Dst)->FieldVisible(), !Applied);
+        EXPECT_EQ(Base(Dst)->FieldEnabled(), !Applied);
+    }
+}
+
+TEST_P(FieldRoundTrip, SkipConsumesTheRecordAndChangesNothing) {
+    QWidget *Src = nullptr, *Dst = nullptr;
+    MakePair(Src, Dst);
+    const QByteArray Bytes = WriteRecord(Base(Src)) + QByteArray("\x06\x03"
+                                                                 "end",
+                                                                 5);
+    const QString Before = K().Snapshot(Dst);
+    Base(Dst)->SetStreamReadVisibleandEnabled(true);
+    Base(Dst)->SetOnAfterRead([](QObject*) { ADD_FAILURE() << "skip fired OnAfterRead"; });
+    EXPECT_EQ(ReadRecord(Base(Dst), Bytes, true), Bytes.size() - 5);
+    EXPECT_EQ(K().Snapshot(Dst), Before);
+    EXPECT_TRUE(Base(Dst)->FieldVisible());
+}
+
+TEST_P(FieldRoundTrip, XmlKeepsValueAndGatesVisibleEnabled) {
+    for (const bool Gate : {false, true}) {
+        SCOPED_TRACE(Gate ? "StreamReadVisibleandEnabled" : "plain");
+        QWidget *Src = nullptr, *Dst = nullptr;
+        MakePair(Src, Dst);
+        TXmlDocument Doc;
+        TXmlNode Node = Doc.CreateRoot("INumFld");
+        Base(Src)->SetStreamReadVisibleandEnabled(Gate);
+        Base(Src)->WriteToXML(Node);
+        EXPECT_EQ(bool(Node.NodeByName("Visible")), Gate);
+        EXPECT_EQ(bool(Node.NodeByName("Enabled")), Gate);
+        EXPECT_FALSE(Base(Src)->XmlValueChanged(Node));
+
+        // Through text, so that what is kept is what a file keeps.
+        TXmlDocument Reloaded;
+        Reloaded.LoadFromBytes(Doc.SaveToBytes());
+        Base(Dst)->SetStreamReadVisibleandEnabled(Gate);
+        Base(Dst)->ChangedAfterOK = true;
+        Base(Dst)->SetCopyValue();
+        const QString CopyBefore = CopyKey(K(), Dst);
+        int AfterRead = 0;
+        Base(Dst)->SetOnAfterRead([&](QObject*) { ++AfterRead; });
+        Base(Dst)->ReadFromXML(Reloaded.Root());
+        EXPECT_EQ(K().Snapshot(Dst), K().Snapshot(Src));
+        EXPECT_EQ(Base(Dst)->GetValueText(), Base(Src)->GetValueText());
+        EXPECT_EQ(Base(Dst)->GetXMLValueText(Reloaded.Root()), Base(Src)->GetValueText());
+        EXPECT_FALSE(Base(Dst)->XmlValueChanged(Reloaded.Root()));
+        EXPECT_FALSE(Base(Dst)->ChangedAfterOK);
+        EXPECT_EQ(AfterRead, 1);
+        // The XML read takes no copy value.
+        EXPECT_EQ(Base(Dst)->HasChanged(), CopyKey(K(), Dst) != CopyBefore);
+        EXPECT_EQ(Base(Dst)->FieldVisible(), !Gate);
+        EXPECT_EQ(Base(Dst)->FieldEnabled(), !Gate);
+    }
+}
+
+TEST_P(FieldRoundTrip, CopyAndFormCreateValuesRestore) {
+    QWidget *Src = nullptr, *Other = nullptr;
+    MakePair(Src, Other);
+    TFieldBase* F = Base(Src);
+    const QString Original = K().Snapshot(Src);
+    const QString OriginalKey = CopyKey(K(), Src);
+    // Another sample that the copy value tells apart.
+    std::size_t Next = GetParam().Sample;
+    do {
+        Next = (Next + 1) % K().Samples.size();
+        K().Samples[Next](Other);
+    } while (CopyKey(K(), Other) == OriginalKey);
+    F->SetCopyValue();
+    F->SetFormCreateVal();
+    EXPECT_FALSE(F->HasChanged());
+    F->OkChanges();
+    EXPECT_FALSE(F->ChangedAfterOK);
+
+    K().Samples[Next](Src);
+    EXPECT_TRUE(F->HasChanged());
+    F->OkChanges();
+    EXPECT_TRUE(F->ChangedAfterOK);
+    F->RestoreCopyValue();
+    EXPECT_EQ(CopyKey(K(), Src), OriginalKey);
+    EXPECT_FALSE(F->HasChanged());
+    F->OkChanges();
+    EXPECT_TRUE(F->ChangedAfterOK) << "OkChanges never clears the flag";
+
+    K().Samples[Next](Src);
+    F->SetCopyValue();
+    F->ResetToFormCreateVal();
+    EXPECT_EQ(K().Snapshot(Src), Original);
+    EXPECT_TRUE(F->HasChanged());
+}
+
+TEST_P(FieldRoundTrip, AssignCopiesTheValue) {
+    QWidget *Src = nullptr, *Dst = nullptr;
+    MakePair(Src, Dst);
+    ASSERT_EQ(QString::fromLatin1(Dst->metaObject()->className()), "qxnum::" + QLatin1String(K().ClassName));
+    CallAssign(Dst, Src);
+    EXPECT_EQ(K().Snapshot(Dst), K().Snapshot(Src));
+}
+
+INSTANTIATE_TEST_SUITE_P(AllFields, FieldRoundTrip, ::testing::ValuesIn(AllSamples()), CaseName);
+
+// --- The common contract, once per class ---------------------------------------------------------
+
+class FieldContract : public FieldTest, public ::testing::WithParamInterface<std::size_t> {
+protected:
+    const TFieldKind& K() const { return Kinds()[GetParam()]; }
+    void SetSample(QWidget* W, std::size_t I) { K().Samples[I % K().Samples.size()](W); }
+};
+
+TEST_P(FieldContract, IsRegisteredAndSupportsTheContract) {
+    QWidget* W = Make(K());
+    EXPECT_EQ(W->parentWidget()->parentWidget(), &Window);
+    EXPECT_EQ(Supports(W), static_cast<INumFld*>(Base(W)));
+    EXPECT_NE(qobject_cast<INumFld*>(W), nullptr);
+    EXPECT_TRUE(RegisteredClasses().contains(QString::fromLatin1(K().ClassName)));
+}
+
+TEST_P(FieldContract, IdentifierTagsAndFlags) {
+    QWidget* W = Make(K());
+    TFieldBase* F = Base(W);
+    EXPECT_EQ(F->GetIDstring(), W->objectName());
+    F->SetCustomIDstring(QStringLiteral("Old name ²"));
+    EXPECT_EQ(F->GetIDstring(), QStringLiteral("Old name ²"));
+    F->SetCustomIDstring(QString());
+    EXPECT_EQ(F->GetIDstring(), W->objectName());
+
+    F->SetTag(7);
+    F->SetTagXML(-3);
+    EXPECT_EQ(F->GetTag(), 7);
+    EXPECT_EQ(F->GetTagXML(), -3);
+    EXPECT_FALSE(F->GetNoSaveWrite());
+    F->SetNoSaveWrite(true);
+    EXPECT_TRUE(F->GetNoSaveWrite());
+    EXPECT_TRUE(F->NoSaveWrite());
+
+    const QColor Red(200, 10, 20);
+    F->SetFontColor(Red);
+    EXPECT_EQ(F->FontColor(), Red);
+}
+
+TEST_P(FieldContract, ReadOnlyIsTheEditFlagOrNotEnabled) {
+    QWidget* W = Make(K());
+    TFieldBase* F = Base(W);
+    EXPECT_FALSE(F->GetReadOnly());
+    F->SetFieldEnabled(false);
+    EXPECT_EQ(F->GetReadOnly(), !K().EditLike);
+    F->SetFieldEnabled(true);
+    if (auto* E = qobject_cast<QLineEdit*>(W)) E->setReadOnly(true);
+    if (auto* E = qobject_cast<QPlainTextEdit*>(W)) E->setReadOnly(true);
+    EXPECT_EQ(F->GetReadOnly(), K().EditLike);
+}
+
+TEST_P(FieldContract, VisibleAndEnabledAreTheControlsOwnFlags) {
+    QWidget* W = Make(K());
+    TFieldBase* F = Base(W);
+    // The window is never shown: the field still counts as visible.
+    EXPECT_FALSE(W->isVisible());
+    EXPECT_TRUE(F->FieldVisible());
+    Window.setEnabled(false);
+    EXPECT_FALSE(W->isEnabled());
+    EXPECT_TRUE(F->FieldEnabled());
+    Window.setEnabled(true);
+    F->SetFieldVisible(false);
+    EXPECT_TRUE(W->isHidden());
+    F->SetFieldVisible(true);
+    EXPECT_FALSE(W->isHidden());
+}
+
+TEST_P(FieldContract, XmlValueChangedFallsBackToChangedAfterOK) {
+    QWidget* W = Make(K());
+    TFieldBase* F = Base(W);
+    SetSample(W, 0);
+    TXmlDocument Doc;
+    TXmlNode Node = Doc.CreateRoot("INumFld");
+    EXPECT_FALSE(F->XmlValueChanged(Node));
+    EXPECT_EQ(F->GetXMLValueText(Node), QStringLiteral("<no value>"));
+    F->ChangedAfterOK = true;
+    EXPECT_TRUE(F->XmlValueChanged(Node));
+
+    F->WriteToXML(Node);
+    EXPECT_FALSE(F->XmlValueChanged(Node));
+    SetSample(W, 1);
+    EXPECT_TRUE(F->XmlValueChanged(Node));
+}
+
+TEST_P(FieldContract, WriteEventsSeeTheNodeBeforeAndAfter) {
+    QWidget* W = Make(K());
+    TFieldBase* F = Base(W);
+    SetSample(W, 0);
+    TXmlDocument Doc;
+    TXmlNode Node = Doc.CreateRoot("INumFld");
+    F->WriteToXML(Node);
+    QString Stored = F->GetXMLValueText(Node);
+    SetSample(W, 1);
+    const QString Current = F->GetValueText();
+    ASSERT_NE(Stored, Current);
+
+    std::vector<std::string> Log;
+    F->SetOnXmlWriteValueChanged([&](QObject* Sender, TXmlNode N) {
+        EXPECT_EQ(Sender, W);
+        EXPECT_EQ(N, Node);
+        // Still the old content: the new value is written after this event.
+        EXPECT_EQ(F->GetXMLValueText(N), Stored);
+        EXPECT_TRUE(F->EnforceXMLchanged() || F->XmlValueChanged(N));
+        Log.push_back("changed");
+    });
+    F->SetOnAfterXMLWrite([&](QObject* Sender, TXmlNode N) {
+        EXPECT_EQ(Sender, W);
+        EXPECT_EQ(F->GetXMLValueText(N), Current);
+        EXPECT_FALSE(F->EnforceXMLchanged());
+        Stored = Current;
+        Log.push_back("after");
+    });
+    F->WriteToXML(Node);
+    EXPECT_EQ(Log, (std::vector<std::string>{"changed", "after"}));
+
+    // Unchanged: no event, unless enforced, and enforcing lasts for exactly one write.
+    Log.clear();
+    F->WriteToXML(Node);
+    F->SetEnforceXMLchanged(true);
+    F->WriteToXML(Node);
+    F->WriteToXML(Node);
+    EXPECT_EQ(Log, (std::vector<std::string>{"after", "changed", "after", "after"}));
+
+    // AssignXmlWriteValueChanged replaces the handler.
+    int Other = 0;
+    F->AssignXmlWriteValueChanged([&](QObject*, TXmlNode) { ++Other; });
+    F->SetEnforceXMLchanged(true);
+    F->WriteToXML(Node);
+    EXPECT_EQ(Other, 1);
+}
+
+TEST_P(FieldContract, MissingElementsLeaveTheFieldAlone) {
+    QWidget* W = Make(K());
+    TFieldBase* F = Base(W);
+    SetSample(W, 0);
+    F->SetFieldEnabled(false);
+    F->SetStreamReadVisibleandEnabled(true);
+    F->ChangedAfterOK = true;
+    const QString Before = K().Snapshot(W);
+    int AfterRead = 0;
+    F->SetOnAfterRead([&](QObject*) { ++AfterRead; });
+    TXmlDocument Doc;
+    TXmlNode Node = Doc.CreateRoot("INumFld");
+    Node.WriteString("Unrelated", "x");
+    F->ReadFromXML(Node);
+    EXPECT_EQ(K().Snapshot(W), Before);
+    EXPECT_FALSE(F->FieldEnabled());
+    EXPECT_FALSE(F->ChangedAfterOK);
+    EXPECT_EQ(AfterRead, 1);
+}
+
+TEST_P(FieldContract, VisibleAndEnabledInXmlAreReadOnlyWhenGated) {
+    QWidget* W = Make(K());
+    TFieldBase* F = Base(W);
+    TXmlDocument Doc;
+    TXmlNode Node = Doc.CreateRoot("INumFld");
+    Node.WriteBool("Visible", false);
+    Node.WriteBool("Enabled", false);
+    F->ReadFromXML(Node);
+    EXPECT_TRUE(F->FieldVisible());
+    EXPECT_TRUE(F->FieldEnabled());
+    F->SetStreamReadVisibleandEnabled(true);
+    F->ReadFromXML(Node);
+    EXPECT_FALSE(F->FieldVisible());
+    EXPECT_FALSE(F->FieldEnabled());
+}
+
+TEST_P(FieldContract, AssignFromAnotherClassRaises) {
+    QWidget* W = Make(K());
+    QWidget* Foreign = Make(Kinds()[(GetParam() + 1) % Kinds().size()]);
+    const auto Call = [&] { CallAssign(W, Foreign); };
+    try {
+        Call();
+        ADD_FAILURE() << "no exception";
+    } catch (const EConvertError& E) {
+        EXPECT_EQ(E.Message(), QStringLiteral("Cannot assign a %1 to a %2")
+                                   .arg(QLatin1String(Kinds()[(GetParam() + 1) % Kinds().size()].ClassName),
+                                        QLatin1String(K().ClassName)));
+    }
+}
+
+// --- Hostile input ------------------------------------------------------------------------------
+
+TEST_P(FieldContract, TruncatedRecordsRaiseAndChangeNothing) {
+    QWidget* Src = Make(K());
+    SetSample(Src, 0);
+    const QByteArray Bytes = WriteRecord(Base(Src));
+    QWidget* Dst = Make(K());
+    SetSample(Dst, 1);
+    Base(Dst)->SetStreamReadVisibleandEnabled(true);
+    const QString Before = K().Snapshot(Dst);
+    for (qsizetype N = 0; N < Bytes.size(); ++N) {
+        SCOPED_TRACE(N);
+        EXPECT_THROW(ReadRecord(Base(Dst), Bytes.left(N)), EReadError);
+        EXPECT_THROW(ReadRecord(Base(Dst), Bytes.left(N), true), EReadError);
+        EXPECT_EQ(K().Snapshot(Dst), Before);
+        EXPECT_TRUE(Base(Dst)->FieldVisible());
+    }
+}
+
+TEST_P(FieldContract, MutatedRecordsReadOrRaise) {
+    QWidget* Src = Make(K());
+    SetSample(Src, 0);
+    const QByteArray Bytes = WriteRecord(Base(Src));
+    QWidget* Dst = Make(K());
+    for (qsizetype At = 0; At < Bytes.size(); ++At) {
+        for (int V = 0; V < 256; V += 3) {
+            QByteArray M = Bytes;
+            M[At] = static_cast<char>(V);
+            SetSample(Dst, 1);
+            const QString Before = K().Snapshot(Dst);
+            try {
+                const qint64 End = ReadRecord(Base(Dst), M);
+                EXPECT_LE(End, M.size());
+                EXPECT_FALSE(Base(Dst)->HasChanged());
+            } catch (const EReadError&) {
+                EXPECT_EQ(K().Snapshot(Dst), Before) << "byte " << At << " = " << V;
+            }
+        }
+    }
+}
+
+TEST_P(FieldContract, RandomStreamsNeverCrashOrHang) {
+    QWidget* Dst = Make(K());
+    QRandomGenerator Rng(1234 + static_cast<quint32>(GetParam()));
+    for (int I = 0; I < 2000; ++I) {
+        QByteArray Bytes(static_cast<qsizetype>(Rng.bounded(40)), Qt::Uninitialized);
+        for (char& C : Bytes)
+            // Mostly small tag bytes, so that the readers get past the first value now and then.
+            C = static_cast<char>(Rng.bounded(4) ? Rng.bounded(0x16) : Rng.bounded(256));
+        try {
+            ReadRecord(Base(Dst), Bytes);
+        } catch (const EReadError&) {
+        }
+        try {
+            ReadRecord(Base(Dst), Bytes, true);
+        } catch (const EReadError&) {
+        }
+    }
+}
+
+TEST_P(FieldContract, XmlOfTheWrongTypeRaisesAndLeavesTheValue) {
+    std::vector<std::pair<QString, QString>> Bad = K().BadXml;
+    // Visible and Enabled are booleans for every field.
+    Bad.push_back({"Visible", "sometimes"});
+    Bad.push_back({"Enabled", "2x"});
+    QWidget* Src = Make(K());
+    SetSample(Src, 0);
+    QWidget* Dst = Make(K());
+    SetSample(Dst, 1);
+    Base(Dst)->SetStreamReadVisibleandEnabled(true);
+    Base(Src)->SetStreamReadVisibleandEnabled(true);
+    const QString Before = K().Snapshot(Dst);
+    const auto Check = [&](TXmlNode Node, const QString& Element) {
+        SCOPED_TRACE(Element.toStdString());
+        Base(Dst)->ChangedAfterOK = false;
+        Base(Dst)->SetOnAfterRead([](QObject*) { ADD_FAILURE() << "OnAfterRead after a failed read"; });
+        try {
+            Base(Dst)->ReadFromXML(Node);
+            ADD_FAILURE() << "no exception";
+        } catch (const EConvertError& E) {
+            EXPECT_TRUE(E.Message().contains(QStringLiteral("\"%1\"").arg(Element))) << E.what();
+            EXPECT_TRUE(E.Message().contains(Dst->objectName())) << E.what();
+        }
+        EXPECT_EQ(K().Snapshot(Dst), Before);
+        EXPECT_TRUE(Base(Dst)->FieldVisible());
+        EXPECT_TRUE(Base(Dst)->FieldEnabled());
+        // A changed-value query on the same node does not raise: such text counts as a change.
+        EXPECT_NO_THROW(Base(Dst)->XmlValueChanged(Node));
+        EXPECT_NO_THROW(Base(Dst)->GetXMLValueText(Node));
+    };
+    for (const auto& [Element, Text] : Bad) {
+        TXmlDocument Doc;
+        TXmlNode Node = Doc.CreateRoot("INumFld");
+        // A good record with one element spoilt: nothing of it may be applied.
+        Base(Src)->WriteToXML(Node);
+        Node.WriteString(Element, Text);
+        Check(Node, Element);
+        if (Element != "Visible" && Element != "Enabled") {
+            EXPECT_TRUE(Base(Dst)->XmlValueChanged(Node));
+        }
+    }
+    TXmlDocument Doc;
+    TXmlNode Node = Doc.CreateRoot("INumFld");
+    QString Element;
+    AddKindSpecificBadXml(K(), Node, Element);
+    if (!Element.isEmpty()) Check(Node, Element);
+}
+
+INSTANTIATE_TEST_SUITE_P(AllFields, FieldContract, ::testing::ValuesIn(AllKinds()), KindName);
+
+} // namespace
