@@ -1,0 +1,189 @@
+// The persistent numeric field.
+#include <qxnum/widgets/numfld.h>
+
+#include <qxnum/numconv.h>
+#include <qxnum/registry.h>
+
+#include <cmath>
+
+namespace qxnum {
+
+namespace {
+
+const TClassRegistrar NumFldRegistrar("TNumFld", [](QObject* Owner) -> QObject* {
+    return new TNumFld(qobject_cast<QWidget*>(Owner));
+});
+
+const QString ValueElement = QStringLiteral("Value");
+const QString ParTypeElement = QStringLiteral("ParType");
+
+// Absolute tolerance of the numeric change tests.
+constexpr Extended ChangeTolerance = 1e-14L;
+
+bool ParsesAsNumber(const QString& S, Extended& V) {
+    return TryQX_StrToFloat(S, V);
+}
+
+bool ParsesAsNumber(const QString& S) {
+    Extended V = 0.0L;
+    return TryQX_StrToFloat(S, V);
+}
+
+// Equal infinities count as the same; their difference alone would be NaN.
+bool SameNumber(Extended A, Extended B) {
+    return A == B || std::fabs(A - B) <= ChangeTolerance;
+}
+
+} // namespace
+
+TNumFld::TNumFld(QWidget* Parent) : TCustomNumInp(Parent), TValueField(this), FRefValue(RefValueSentinel()) {}
+
+TNumFld::~TNumFld() = default;
+
+Extended TNumFld::RefValueSentinel() {
+    // The exact pattern: the nearest extended to the decimal text is one unit lower.
+    static const Extended V = MakeExtended(true, 0x7FE1, 0x89705F4136B4A597ULL);
+    return V;
+}
+
+Extended TNumFld::RefValueThreshold() {
+    static const Extended V = MakeExtended(true, 0x7FA5, 0x9E74D1B791E07E48ULL);
+    return V;
+}
+
+void TNumFld::Assign(const QObject* Source) {
+    if (const auto* Other = qobject_cast<const TNumFld*>(Source)) {
+        setText(Other->text());
+        UpdateValue(false);
+        return;
+    }
+    AssignError(Source);
+}
+
+QString TNumFld::GetIDstring() const {
+    if (!CustomIDstring().isEmpty()) return CustomIDstring();
+    if (EditLabel() && !EditLabel()->Caption().isEmpty()) return EditLabel()->Caption();
+    return objectName();
+}
+
+// ---- reference value and limits ---------------------------------------------------------------
+
+void TNumFld::SetValueToRefValue() {
+    if (std::isnan(FRefValue) || FRefValue > RefValueThreshold()) SetValue(FRefValue);
+}
+
+bool TNumFld::SetValue_inside_MinMax(Extended AValue) {
+    // Written so that NaN, which fails every comparison, takes the minimum.
+    if (!(AValue >= Min())) {
+        SetValue(Min());
+        return false;
+    }
+    if (!(AValue <= Max())) {
+        SetValue(Max());
+        return false;
+    }
+    SetValue(AValue);
+    return true;
+}
+
+// ---- copy values ----------------------------------------------------------------------------------
+
+void TNumFld::PutValue(const QString& AValue) {
+    setText(AValue);
+    // An expression that only the application's callback can resolve stays text until it is used.
+    if (OnExprCheckVariable() && !ParsesAsNumber(AValue)) return;
+    UpdateValue(false);
+}
+
+bool TNumFld::SameValue(const QString& A, const QString& B) const {
+    Extended VA = 0.0L;
+    Extended VB = 0.0L;
+    if (ParsesAsNumber(A, VA) && ParsesAsNumber(B, VB)) return SameNumber(VA, VB);
+    return A == B;
+}
+
+QVariant TNumFld::GetVariantValue() {
+    return QVariant(static_cast<double>(Value()));
+}
+
+// ---- stream ---------------------------------------------------------------------------------------
+
+void TNumFld::WriteStreamValue(TWriter& Writer) {
+    Writer.WriteFloat(Value());
+}
+
+TFieldBase::TApplyValue TNumFld::ReadStreamValue(TReader& Reader) {
+    const Extended V = Reader.ReadFloat();
+    return [this, V] { SetValue(V); };
+}
+
+// ---- XML ------------------------------------------------------------------------------------------
+
+QString TNumFld::XmlValueText() {
+    const QString S = text();
+    if (!ParsesAsNumber(S)) return S;
+    const Extended V = Value();
+    if (std::isnan(V)) return QString();
+    // Unscaled: the file holds base units, so the text reads back into Value as it stands.
+    return ValueString(V, DataType(), NumericType(), Digits(), Decimals(), ParType(), UnitSystem(),
+                       CustomFormat(), CustomScale(), ScaleOffset(), false, TrimZeroes(),
+                       NumInpFormatSettings);
+}
+
+void TNumFld::WriteXmlValue(TXmlNode Node) {
+    const QString S = XmlValueText();
+    if (FStoreParType) Node.WriteString(ParTypeElement, GetEnumName(ParType()));
+    Node.WriteString(ValueElement, S);
+}
+
+TFieldBase::TApplyValue TNumFld::ReadXmlValue(TXmlNode Node) {
+    bool HasParType = false;
+    TParType NewParType = ptNone;
+    if (FStoreParType) {
+        QString Name;
+        if (ReadXmlString(Node, ParTypeElement, Name)) {
+            HasParType = true;
+            // An unknown name gives -1, kept as the out-of-range ordinal 255 (see the header).
+            NewParType = static_cast<TParType>(static_cast<quint8>(GetEnumValue<TParType>(Name.trimmed())));
+        }
+    }
+    QString Text;
+    const bool HasValue = ReadXmlString(Node, ValueElement, Text);
+    if (!HasParType && !HasValue) return {};
+    Extended V = 0.0L;
+    const bool IsNumber = HasValue && ParsesAsNumber(Text, V);
+    return [this, HasParType, NewParType, HasValue, IsNumber, V, Text] {
+        if (HasParType) SetParType(NewParType);
+        if (!HasValue) return;
+        if (IsNumber) {
+            SetValue(V);
+            return;
+        }
+        setText(Text);
+        if (text().isEmpty() && AllowEmpty() && ClearIsNaN()) SetValue(NaN());
+    };
+}
+
+bool TNumFld::XmlValueChanged(TXmlNode ParentXmlNode) {
+    return XmlChildChanged(ParentXmlNode, ValueElement, [this](TXmlNode Child) {
+        const QString Stored = Child.ValueAsString();
+        if (text() == Stored) return false;
+        Extended StoredValue = 0.0L;
+        if (ParsesAsNumber(Stored, StoredValue)) {
+            const Extended Current = Value();
+            if (!std::isnan(Current)) return !SameNumber(StoredValue, Current);
+        }
+        return true;
+    });
+}
+
+QString TNumFld::GetXMLValueText(TXmlNode ParentXmlNode) {
+    const TXmlNode Child = ParentXmlNode.NodeByName(ValueElement);
+    if (!Child) return NoValueText();
+    const QString Stored = Child.ValueAsString();
+    Extended V = 0.0L;
+    if (!ParsesAsNumber(Stored, V)) return Stored;
+    return std::isnan(V) ? QString() : GetValueString(V);
+}
+
+} // namespace qxnum
