@@ -26,6 +26,8 @@ void SetCurrencyFormats(const QLocale& Locale, TFormatSettings& S) {
 
 TFormatSettings TFormatSettings::Create() {
     const QLocale Locale;
+    // The C locale knows no currency placement; use the invariant record rather than a guess.
+    if (Locale.language() == QLocale::C) return Invariant();
     TFormatSettings S;
     const QString Decimal = Locale.decimalPoint();
     const QString Group = Locale.groupSeparator();
