@@ -3,12 +3,19 @@
 #include <qxnum/qxnum.h>
 
 #include <QApplication>
+#include <QComboBox>
 #include <QCommandLineParser>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMainWindow>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QVBoxLayout>
+
+#include <vector>
 
 using namespace qxnum;
 
@@ -82,6 +89,113 @@ QTableWidget* MakeUnitTable(QWidget* Parent) {
     return Table;
 }
 
+// A small engine case: persistent fields placed by hand (the labels sit beside their edits), a unit
+// system switch, and the XML the fields write for themselves.
+class TCasePage : public QWidget {
+public:
+    explicit TCasePage(QWidget* Parent) : QWidget(Parent) {
+        auto* Fields = new QWidget(this);
+        Fields->setMinimumSize(520, 330);
+
+        auto* Name = new TStringFld(Fields);
+        Name->setObjectName(QStringLiteral("CaseName"));
+        Name->setText(QStringLiteral("Take-off, ISA +15"));
+        Name->setGeometry(180, 10, 220, 24);
+        auto* NameLabel = new QLabel(tr("Case name"), Fields);
+        NameLabel->setGeometry(10, 10, 164, 24);
+        NameLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+
+        struct TQuantity {
+            const char* Id;
+            const char* Caption;
+            TParType ParType;
+            Extended Value, Min, Max;
+        };
+        const TQuantity Quantities[] = {
+            {"Pamb", "Ambient pressure", ptPress, 101325.0L, 1000.0L, 2.0e5L},
+            {"Tamb", "Ambient temperature", ptTemp, 303.15L, 180.0L, 350.0L},
+            {"W1", "Inlet mass flow", ptMassflow, 120.5L, 0.0L, 1000.0L},
+            {"PWshaft", "Shaft power", ptPower, 25.0e6L, 0.0L, 1.0e8L},
+            {"SFC", "Fuel consumption", ptSFCshaft, 5.8e-8L, 0.0L, 1.0e-6L},
+            {"Alt", "Altitude", ptZp, 0.0L, -500.0L, 20000.0L},
+        };
+        int Top = 50;
+        for (const TQuantity& Q : Quantities) {
+            auto* Fld = new TNumFld(Fields);
+            Fld->setObjectName(QLatin1String(Q.Id));
+            Fld->SetParType(Q.ParType);
+            Fld->SetMin(Q.Min);
+            Fld->SetMax(Q.Max);
+            Fld->SetValue(Q.Value);
+            Fld->SetEditLabelPosition(lpLeft);
+            Fld->SetEditUnitLabelPosition(lpRight);
+            if (Fld->EditLabel()) Fld->EditLabel()->SetCaption(tr(Q.Caption));
+            Fld->SetBounds(180, Top, 120, 24);
+            FNumFields.push_back(Fld);
+            Top += 34;
+        }
+
+        auto* Fuel = new TComboBoxFld(Fields);
+        Fuel->setObjectName(QStringLiteral("Fuel"));
+        Fuel->addItems({QStringLiteral("Jet A-1"), QStringLiteral("JP-8"), QStringLiteral("Diesel")});
+        Fuel->setGeometry(180, Top, 120, 24);
+        auto* FuelLabel = new QLabel(tr("Fuel"), Fields);
+        FuelLabel->setGeometry(10, Top, 164, 24);
+        FuelLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        auto* AntiIce = new TCheckFld(Fields);
+        AntiIce->setObjectName(QStringLiteral("AntiIce"));
+        AntiIce->setText(tr("Anti-ice on"));
+        AntiIce->move(320, Top + 2);
+        FAllFields = {Name, Fuel, AntiIce};
+
+        auto* Units = new QComboBox(this);
+        Units->addItems({tr("SI units"), tr("Imperial units")});
+        auto* Show = new QPushButton(tr("Write XML"), this);
+        FXml = new QPlainTextEdit(this);
+        FXml->setReadOnly(true);
+
+        auto* Bar = new QHBoxLayout;
+        Bar->addWidget(Units);
+        Bar->addWidget(Show);
+        Bar->addStretch();
+        auto* Layout = new QVBoxLayout(this);
+        Layout->addWidget(Fields);
+        Layout->addLayout(Bar);
+        Layout->addWidget(FXml, 1);
+
+        connect(Units, &QComboBox::currentIndexChanged, this, [this](int Index) {
+            for (TNumFld* Fld : FNumFields)
+                Fld->SetUnitSystem(Index == 1 ? usImperial : usSI);
+        });
+        connect(Show, &QPushButton::clicked, this, [this] { WriteXml(); });
+        WriteXml();
+    }
+
+private:
+    // Every field writes its own content under an element that names it, as a case file keeps it.
+    void WriteXml() {
+        TXmlDocument Doc;
+        TXmlNode Case = Doc.CreateRoot(QStringLiteral("config")).NodeNew(QStringLiteral("case"));
+        auto Write = [&](QObject* Obj, const char* ClassName) {
+            INumFld* Fld = Supports(Obj);
+            if (!Fld) return;
+            TXmlNode Node = Case.NodeNew(QStringLiteral("INumFld"));
+            Node.WriteAttributeString(QStringLiteral("ID"), Fld->GetIDstring());
+            Node.WriteAttributeString(QStringLiteral("ClassName"), QLatin1String(ClassName));
+            Fld->WriteToXML(Node);
+        };
+        for (QObject* Obj : FAllFields)
+            Write(Obj, QByteArray(Obj->metaObject()->className()).split(':').last().constData());
+        for (TNumFld* Fld : FNumFields)
+            Write(Fld, "TNumFld");
+        FXml->setPlainText(Doc.SaveToString());
+    }
+
+    std::vector<TNumFld*> FNumFields;
+    std::vector<QObject*> FAllFields;
+    QPlainTextEdit* FXml = nullptr;
+};
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -97,15 +211,17 @@ int main(int argc, char** argv) {
     Parser.process(App);
 
     QMainWindow Window;
-    Window.setWindowTitle(QStringLiteral("QXNumCtrls — parameter types"));
-    auto* Central = new QWidget(&Window);
-    auto* Layout = new QVBoxLayout(Central);
-    Layout->addWidget(
-        new QLabel(QObject::tr("Each value is held in base units and shown with the standard format of "
-                               "its parameter type in both unit systems."),
-                   Central));
-    Layout->addWidget(MakeUnitTable(Central));
-    Window.setCentralWidget(Central);
+    Window.setWindowTitle(QStringLiteral("QXNumCtrls demo"));
+    auto* Tabs = new QTabWidget(&Window);
+    Tabs->addTab(new TCasePage(Tabs), QObject::tr("Case"));
+    auto* Units = new QWidget(Tabs);
+    auto* Layout = new QVBoxLayout(Units);
+    Layout->addWidget(new QLabel(QObject::tr("Each value is held in base units and shown with the standard "
+                                             "format of its parameter type in both unit systems."),
+                                 Units));
+    Layout->addWidget(MakeUnitTable(Units));
+    Tabs->addTab(Units, QObject::tr("Parameter types"));
+    Window.setCentralWidget(Tabs);
     Window.resize(820, 900);
 
     if (Parser.isSet(Screenshot)) {
