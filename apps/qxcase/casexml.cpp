@@ -1,0 +1,142 @@
+// qxcase xml: the fields of an XML case file.
+#include "casetool.h"
+
+#include <qxnum/xml.h>
+
+#include <algorithm>
+
+namespace qxcase {
+
+namespace {
+
+using qxnum::TXmlNode;
+
+QString QuoteText(const QString& S) {
+    QString Out = QStringLiteral("\"");
+    for (const QChar C : S) {
+        switch (C.unicode()) {
+        case '"':
+            Out += QStringLiteral("\\\"");
+            break;
+        case '\\':
+            Out += QStringLiteral("\\\\");
+            break;
+        case '\r':
+            Out += QStringLiteral("\\r");
+            break;
+        case '\n':
+            Out += QStringLiteral("\\n");
+            break;
+        case '\t':
+            Out += QStringLiteral("\\t");
+            break;
+        default:
+            if (C.unicode() < 0x20 || C.unicode() == 0x7F)
+                Out += QStringLiteral("\\x%1").arg(C.unicode(), 2, 16, QLatin1Char('0'));
+            else
+                Out += C;
+        }
+    }
+    return Out + QLatin1Char('"');
+}
+
+QString Attributes(const TXmlNode& N) {
+    QString Out;
+    for (int I = 0; I < N.AttributeCount(); ++I)
+        Out += QStringLiteral(" %1=%2").arg(N.AttributeName(I), QuoteText(N.AttributeValue(I)));
+    return Out;
+}
+
+// Root/.../Parent, each step with its first attribute when it has one. Only the last steps are
+// shown for deep elements, so that the listing stays proportional to the document.
+QString PathOf(TXmlNode N) {
+    constexpr int MaxSteps = 12;
+    QStringList Steps;
+    for (; N; N = N.Parent()) {
+        if (Steps.size() == MaxSteps) {
+            Steps.prepend(QStringLiteral("..."));
+            break;
+        }
+        QString Step = N.Name();
+        if (N.AttributeCount() > 0)
+            Step += QStringLiteral("[%1=%2]").arg(N.AttributeName(0), QuoteText(N.AttributeValue(0)));
+        Steps.prepend(Step);
+    }
+    return Steps.isEmpty() ? QStringLiteral("(document)") : Steps.join(QLatin1Char('/'));
+}
+
+// Every element below Field, indented by depth: leaves with their text.
+void PrintContent(QString& Out, const TXmlNode& Field) {
+    int Depth = 0;
+    TXmlNode Cur = Field.FirstChild();
+    while (Cur) {
+        QString Line = QString(4 + 2 * std::min(Depth, 20), QLatin1Char(' ')) + Cur.Name() + Attributes(Cur);
+        const TXmlNode Child = Cur.FirstChild();
+        if (!Child) Line += QStringLiteral(" = ") + QuoteText(Cur.ValueAsString());
+        Out += Line + QLatin1Char('\n');
+        if (Child) {
+            Cur = Child;
+            ++Depth;
+            continue;
+        }
+        while (Cur && !Cur.NextSibling()) {
+            Cur = Cur.Parent();
+            if (Cur == Field)
+                Cur = TXmlNode();
+            else
+                --Depth;
+        }
+        if (Cur) Cur = Cur.NextSibling();
+    }
+}
+
+} // namespace
+
+bool ListXmlCase(const QByteArray& Data, QString& Out, QString& Error) {
+    qxnum::TXmlDocument Doc;
+    try {
+        Doc.LoadFromBytes(Data);
+    } catch (const qxnum::Exception& E) {
+        Error = E.Message();
+        return false;
+    }
+    const QString FieldTag = QStringLiteral("INumFld");
+    int Fields = 0, Groups = 0;
+    QString LastPath;
+    const TXmlNode Root = Doc.Root();
+    TXmlNode Cur = Root;
+    while (Cur) {
+        const bool IsField = Cur.Name() == FieldTag;
+        if (IsField) {
+            const QString Path = PathOf(Cur.Parent());
+            if (Fields == 0 || Path != LastPath) {
+                Out += Path + QStringLiteral(":\n");
+                LastPath = Path;
+                ++Groups;
+            }
+            Out += QStringLiteral("  INumFld ID=%1 ClassName=%2\n")
+                       .arg(Cur.HasAttribute(QStringLiteral("ID"))
+                                ? QuoteText(Cur.AttributeByName(QStringLiteral("ID")))
+                                : QStringLiteral("(none)"),
+                            Cur.HasAttribute(QStringLiteral("ClassName"))
+                                ? QuoteText(Cur.AttributeByName(QStringLiteral("ClassName")))
+                                : QStringLiteral("(none)"));
+            PrintContent(Out, Cur);
+            ++Fields;
+        }
+        // Depth first; fields hold no fields, so their content is not searched.
+        TXmlNode Next = IsField ? TXmlNode() : Cur.FirstChild();
+        while (!Next && Cur && Cur != Root) {
+            Next = Cur.NextSibling();
+            if (!Next) Cur = Cur.Parent();
+        }
+        Cur = Next;
+    }
+    if (Fields == 0)
+        Out += QStringLiteral("no INumFld elements\n");
+    else
+        Out += QStringLiteral("%1 field(s) in %2 group(s)\n").arg(Fields).arg(Groups);
+    return true;
+}
+
+} // namespace qxcase
