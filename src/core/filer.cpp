@@ -2,6 +2,7 @@
 
 #include <QDate>
 #include <QIODevice>
+#include <QStringDecoder>
 #include <QTime>
 #include <QtEndian>
 
@@ -148,9 +149,15 @@ bool IsValidUtf8(const quint8* P, qint64 N) {
     return true;
 }
 
+// QString::fromUtf8 drops a leading byte order mark, which is text the writer stored.
+QString Utf8Text(const char* P, qint64 N) {
+    QStringDecoder Decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return Decoder.decode(QByteArrayView(P, N));
+}
+
 QString Decode8Bit(const quint8* P, qint64 N) {
     if (IsAscii(P, N)) return QString::fromLatin1(reinterpret_cast<const char*>(P), N);
-    if (IsValidUtf8(P, N)) return QString::fromUtf8(reinterpret_cast<const char*>(P), N);
+    if (IsValidUtf8(P, N)) return Utf8Text(reinterpret_cast<const char*>(P), N);
     QString S(N, Qt::Uninitialized);
     QChar* D = S.data();
     for (qint64 I = 0; I < N; ++I) {
@@ -802,9 +809,9 @@ QString TReader::ReadString() {
         const qint64 Count = qFromLittleEndian<qint32>(Need(4));
         CheckLength(Count);
         if (Count <= static_cast<qint64>(FBuffer.size()))
-            return QString::fromUtf8(reinterpret_cast<const char*>(Need(static_cast<std::size_t>(Count))),
-                                     Count);
-        return QString::fromUtf8(ReadBytes(Count));
+            return Utf8Text(reinterpret_cast<const char*>(Need(static_cast<std::size_t>(Count))), Count);
+        const QByteArray Bytes = ReadBytes(Count);
+        return Utf8Text(Bytes.constData(), Bytes.size());
     }
     case vaWString: {
         ++FBufPos;

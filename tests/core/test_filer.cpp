@@ -307,6 +307,13 @@ TEST(FilerRead, StringsOfEveryTagAndCodePage) {
         EXPECT_EQ(R.ReadString(), QString::fromUtf8(C.Utf8)) << C.Bytes;
         EXPECT_TRUE(R.AtEnd()) << C.Bytes;
     }
+    // A leading byte order mark is text like any other, in both 8-bit and UTF-8 records.
+    const QString Bom = QString(QChar(0xFEFF)) + QStringLiteral("abc");
+    for (const char* Bytes : {"0606efbbbf616263", "1406000000efbbbf616263"}) {
+        TSource S(Hex(Bytes));
+        TReader R(&S.Buf);
+        EXPECT_EQ(R.ReadString(), Bom) << Bytes;
+    }
 }
 
 TEST(FilerRead, IdentSetBinaryDateCurrencySingleSignature) {
