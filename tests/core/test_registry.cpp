@@ -51,8 +51,8 @@ public:
 // Registered before main runs, the way library classes register themselves.
 const TClassRegistrar Reg("TTestField", [](QObject* Owner) -> QObject* { return new TTestField(Owner); });
 
-QObject* Make(QObject* Parent, const char* Name) {
-    auto* O = new QObject(Parent);
+template <typename T = QObject> T* Make(QObject* Parent, const char* Name) {
+    auto* O = new T(Parent);
     O->setObjectName(QLatin1String(Name));
     return O;
 }
@@ -66,35 +66,31 @@ QStringList NamesOf(const QList<QObject*>& List) {
 
 } // namespace
 
-TEST(Registry, CreatesRegisteredClassesByName) {
+TEST(Registry, CreatesReplacesAndUnregistersClassesByName) {
     QObject Owner;
     QObject* Made = CreateComponent("TTestField", &Owner);
-    ASSERT_NE(Made, nullptr);
+    ASSERT_NE(dynamic_cast<TTestField*>(Made), nullptr);
     EXPECT_EQ(Made->parent(), &Owner);
-    EXPECT_NE(dynamic_cast<TTestField*>(Made), nullptr);
     // Names are looked up ignoring case, as the class lists of existing programs were.
-    QObject* Lower = CreateComponent("ttestfield", nullptr);
+    std::unique_ptr<QObject> Lower(CreateComponent("ttestfield", nullptr));
     ASSERT_NE(Lower, nullptr);
     EXPECT_EQ(Lower->parent(), nullptr);
-    delete Lower;
     EXPECT_TRUE(RegisteredClasses().contains(QStringLiteral("TTestField")));
-
     EXPECT_EQ(CreateComponent("TNoSuchClass", &Owner), nullptr);
     EXPECT_FALSE(GetClass("TNoSuchClass"));
     EXPECT_EQ(CreateComponent("", &Owner), nullptr);
     EXPECT_EQ(Owner.children().size(), 1);
-}
 
-TEST(Registry, LaterRegistrationReplacesAndUnregisterRemoves) {
+    // A later registration under the same name in any case replaces the earlier one.
     int Calls = 0;
-    RegisterClass("TReplaced", [&](QObject* Owner) -> QObject* {
-        ++Calls;
-        return new QObject(Owner);
-    });
-    RegisterClass("treplaced", [&](QObject* Owner) -> QObject* {
-        Calls += 10;
-        return new QObject(Owner);
-    });
+    const auto Counting = [&Calls](int Step) {
+        return [&Calls, Step](QObject* Owner) -> QObject* {
+            Calls += Step;
+            return new QObject(Owner);
+        };
+    };
+    RegisterClass("TReplaced", Counting(1));
+    RegisterClass("treplaced", Counting(10));
     std::unique_ptr<QObject> O(CreateComponent("TReplaced", nullptr));
     EXPECT_EQ(Calls, 10);
     EXPECT_TRUE(UnRegisterClass("TREPLACED"));
@@ -122,13 +118,10 @@ TEST(Registry, ComponentsInDepthFirstOrderStoppingAtFramesAndFields) {
     QObject* A = Make(&Form, "a");
     Make(A, "a1");
     Make(Make(A, "a2"), "a2x");
-    auto* Frame = new TTestFrame(&Form);
-    Frame->setObjectName("frame");
+    auto* Frame = Make<TTestFrame>(&Form, "frame");
     Make(Make(Frame, "f1"), "f1x");
     Make(Frame, "f2");
-    auto* Field = new TTestField(&Form);
-    Field->setObjectName("field");
-    Make(Field, "inner");
+    Make(Make<TTestField>(&Form, "field"), "inner");
     Make(&Form, "b");
 
     EXPECT_EQ(NamesOf(ComponentsOf(&Form)), QStringList({"a", "a1", "a2", "a2x", "frame", "field", "b"}));

@@ -18,6 +18,7 @@ using namespace qxnum;
 
 namespace {
 
+// Hex text to bytes; blanks and "|" only group the items for the reader.
 QByteArray Hex(const char* Text) {
     return QByteArray::fromHex(Text);
 }
@@ -49,119 +50,56 @@ protected:
     TXmlNode Node = Doc.CreateRoot(QStringLiteral("INumFld"));
 };
 
+template <typename T> std::function<INumFld*(QWidget*)> New(std::function<void(T*)> Init = {}) {
+    return [Init](QWidget* P) {
+        auto* F = new T(P);
+        if (Init) Init(F);
+        return static_cast<INumFld*>(F);
+    };
+}
+
 // --- Byte layouts -------------------------------------------------------------------------------
 
 TEST_F(Fields, StreamRecordsHaveTheClassicLayout) {
-    struct TLayout {
+    const auto Date = [](QDate D, QTime T) {
+        return New<TDateTimePickerFld>([=](auto* F) { F->SetDateTime(QDateTime(D, T)); });
+    };
+    const struct {
         const char* Name;
         std::function<INumFld*(QWidget*)> Make;
         const char* Bytes;
-    };
-    const std::vector<TLayout> Table = {
-        {"text",
-         [](QWidget* P) {
-             auto* F = new TStringFld(P);
-             F->SetText("abc");
-             return F;
-         },
-         "0603616263"
-         "0909"},
-        {"empty text, hidden",
-         [](QWidget* P) {
-             auto* F = new TStringFld(P);
-             F->SetFieldVisible(false);
-             return F;
-         },
-         "0600"
-         "0809"},
-        {"memo lines, no Visible/Enabled",
-         [](QWidget* P) {
-             auto* F = new TMemoFld(P);
-             F->SetText("a\nb");
-             return F;
-         },
-         "0202"
-         "060161"
-         "060162"},
-        {"empty memo", [](QWidget* P) { return new TMemoFld(P); }, "0200"},
+    } Table[] = {
+        {"text", New<TStringFld>([](auto* F) { F->SetText("abc"); }), "06 03 616263 | 09 09"},
+        {"empty text, hidden", New<TStringFld>([](auto* F) { F->SetFieldVisible(false); }), "06 00 | 08 09"},
+        {"memo lines, no Visible/Enabled", New<TMemoFld>([](auto* F) { F->SetText("a\nb"); }),
+         "02 02 | 06 01 61 | 06 01 62"},
+        {"empty memo", New<TMemoFld>(), "02 00"},
         {"check box, disabled",
-         [](QWidget* P) {
-             auto* F = new TCheckFld(P);
-             F->SetChecked(true);
-             F->SetFieldEnabled(false);
-             return F;
-         },
-         "09"
-         "0908"},
-        {"radio button", [](QWidget* P) { return new TRadioBtnFld(P); },
-         "08"
-         "0909"},
-        {"radio group",
-         [](QWidget* P) {
-             auto* F = new TRadioGrpFld(P);
-             F->SetItems({"a", "b", "c"});
-             F->SetItemIndex(2);
-             return F;
-         },
-         "0202"
-         "0909"},
-        {"radio group without selection", [](QWidget* P) { return new TRadioGrpFld(P); },
-         "02FF"
-         "0909"},
-        {"check list",
-         [](QWidget* P) {
-             auto* F = new TCheckListBoxFld(P);
+         New<TCheckFld>([](auto* F) { F->SetChecked(true), F->SetFieldEnabled(false); }), "09 | 09 08"},
+        {"radio button", New<TRadioBtnFld>(), "08 | 09 09"},
+        {"radio group", New<TRadioGrpFld>([](auto* F) {
+             F->SetItems({"a", "b", "c"}), F->SetItemIndex(2);
+         }),
+         "02 02 | 09 09"},
+        {"radio group without selection", New<TRadioGrpFld>(), "02 FF | 09 09"},
+        {"check list", New<TCheckListBoxFld>([](auto* F) {
              F->SetItems({"a", "b", "c"});
              F->SetStates({cbChecked, cbGrayed, cbUnchecked});
-             return F;
-         },
-         "0203"
-         "0201"
-         "0202"
-         "0200"
-         "0909"},
-        {"combo box",
-         [](QWidget* P) {
-             auto* F = new TComboBoxFld(P);
-             F->SetItems({"one", "two"});
-             F->SetItemIndex(1);
-             return F;
-         },
-         "0201"
-         "060374776F"
-         "0909"},
-        {"combo box with UTF-8 text",
-         [](QWidget* P) {
-             auto* F = new TComboBoxFld(P);
-             F->SetText(QStringLiteral("m²"));
-             return F;
-         },
-         "02FF"
-         "14030000006DC2B2"
-         "0909"},
-        {"date-time, one day after the epoch",
-         [](QWidget* P) {
-             auto* F = new TDateTimePickerFld(P);
-             F->SetDateTime(QDateTime(QDate(1899, 12, 31), QTime(0, 0)));
-             return F;
-         },
-         "0500000000000000"
-         "80FF3F"
-         "0909"},
-        {"date-time, noon",
-         [](QWidget* P) {
-             auto* F = new TDateTimePickerFld(P);
-             F->SetDateTime(QDateTime(QDate(1900, 1, 1), QTime(12, 0)));
-             return F;
-         },
-         "0500000000000000"
-         "A00040"
-         "0909"},
+         }),
+         "02 03 | 02 01 | 02 02 | 02 00 | 09 09"},
+        {"combo box", New<TComboBoxFld>([](auto* F) {
+             F->SetItems({"one", "two"}), F->SetItemIndex(1);
+         }),
+         "02 01 | 06 03 74776F | 09 09"},
+        {"combo box with UTF-8 text", New<TComboBoxFld>([](auto* F) { F->SetText(QStringLiteral("m²")); }),
+         "02 FF | 14 03000000 6DC2B2 | 09 09"},
+        {"date-time, one day after the epoch", Date(QDate(1899, 12, 31), QTime(0, 0)),
+         "05 0000000000000080 FF3F | 09 09"},
+        {"date-time, noon", Date(QDate(1900, 1, 1), QTime(12, 0)), "05 00000000000000A0 0040 | 09 09"},
     };
-    for (const TLayout& L : Table) {
+    for (const auto& L : Table) {
         SCOPED_TRACE(L.Name);
-        INumFld* F = L.Make(&Window);
-        EXPECT_EQ(WriteRecord(*F).toHex(), Hex(L.Bytes).toHex());
+        EXPECT_EQ(WriteRecord(*L.Make(&Window)).toHex(), Hex(L.Bytes).toHex());
         // And the same bytes read back into a fresh field give the same record.
         INumFld* G = L.Make(&Window);
         EXPECT_EQ(ReadRecord(*G, Hex(L.Bytes)), Hex(L.Bytes).size());
@@ -185,24 +123,18 @@ TEST_F(ComboBox, OlderLayoutRestoresTheIndexAndKeepsTheText) {
     C->SetSavedText(QStringLiteral("older"));
     C->SetStreamReadVisibleandEnabled(true);
     // ItemIndex 2, then straight to Visible (false) and Enabled (true): no text.
-    const QByteArray Bytes = Hex("0202"
-                                 "08"
-                                 "09");
-    EXPECT_EQ(ReadRecord(*C, Bytes), 4);
+    EXPECT_EQ(ReadRecord(*C, Hex("02 02 | 08 | 09")), 4);
     EXPECT_EQ(C->ItemIndex(), 2);
     EXPECT_EQ(C->Text(), QStringLiteral("typed by hand"));
     EXPECT_EQ(C->SavedText(), QStringLiteral("typed by hand"));
     EXPECT_TRUE(C->isHidden());
     EXPECT_TRUE(C->FieldEnabled());
     EXPECT_FALSE(C->HasChanged());
-}
 
-TEST_F(ComboBox, OlderLayoutInADropDownListFollowsTheIndex) {
+    // A drop-down list follows the index.
     C->SetStyle(csDropDownList);
     C->SetItemIndex(0);
-    EXPECT_EQ(ReadRecord(*C, Hex("0201"
-                                 "0909")),
-              4);
+    EXPECT_EQ(ReadRecord(*C, Hex("02 01 | 09 09")), 4);
     EXPECT_EQ(C->ItemIndex(), 1);
     EXPECT_EQ(C->Text(), QStringLiteral("two"));
     EXPECT_EQ(C->SavedText(), QStringLiteral("one"));
@@ -210,14 +142,11 @@ TEST_F(ComboBox, OlderLayoutInADropDownListFollowsTheIndex) {
 
 TEST_F(ComboBox, EveryStringTagIsTheText) {
     const std::vector<std::pair<const char*, QString>> Table = {
-        {"06026162", "ab"},
-        {"0C03000000616263", "abc"},
-        {"1202000000B0004300", QStringLiteral("°C")},
-        {"14030000006DC2B3", QStringLiteral("m³")},
-        {"1204000000"
-         "3DD800DE"
-         "34D81EDD",
-         QStringLiteral("\U0001F600\U0001D11E")},
+        {"06 02 6162", "ab"},
+        {"0C 03000000 616263", "abc"},
+        {"12 02000000 B000 4300", QStringLiteral("°C")},
+        {"14 03000000 6DC2B3", QStringLiteral("m³")},
+        {"12 04000000 3DD8 00DE 34D8 1EDD", QStringLiteral("\U0001F600\U0001D11E")},
     };
     for (const auto& [Text, Expected] : Table) {
         SCOPED_TRACE(Text);
@@ -230,27 +159,22 @@ TEST_F(ComboBox, EveryStringTagIsTheText) {
     }
 }
 
-TEST_F(ComboBox, ANonStringNonBooleanAfterTheIndexIsAnError) {
+TEST_F(ComboBox, OddRecords) {
+    // A non-string, non-boolean after the index is an error.
     C->SetItemIndex(1);
     C->SetText(QStringLiteral("kept"));
-    EXPECT_THROW(ReadRecord(*C, Hex("0202"
-                                    "0205"
-                                    "0909")),
-                 EReadError);
+    EXPECT_THROW(ReadRecord(*C, Hex("02 02 | 02 05 | 09 09")), EReadError);
     EXPECT_EQ(C->ItemIndex(), 1);
     EXPECT_EQ(C->Text(), QStringLiteral("kept"));
-}
-
-TEST_F(ComboBox, AnIndexBeyondTheItemsSelectsNone) {
+    // An index beyond the items selects none.
     C->SetText(QStringLiteral("x"));
-    ReadRecord(*C, Hex("0209"
-                       "060178"
-                       "0909"));
+    ReadRecord(*C, Hex("02 09 | 06 01 78 | 09 09"));
     EXPECT_EQ(C->ItemIndex(), -1);
     EXPECT_EQ(C->Text(), QStringLiteral("x"));
 }
 
-TEST_F(ComboBox, XmlWithoutTextKeepsTheTextAndSavesItWhenNotEmpty) {
+TEST_F(ComboBox, XmlIndexAndTextFollowTheStyle) {
+    // Without text the text stays, and is saved when not empty.
     Node.WriteInteger("ItemIndex", 1);
     C->SetText(QStringLiteral("before"));
     C->SetSavedText(QStringLiteral("saved"));
@@ -258,17 +182,15 @@ TEST_F(ComboBox, XmlWithoutTextKeepsTheTextAndSavesItWhenNotEmpty) {
     EXPECT_EQ(C->ItemIndex(), 1);
     EXPECT_EQ(C->Text(), QStringLiteral("before"));
     EXPECT_EQ(C->SavedText(), QStringLiteral("before"));
-
     C->SetItemIndex(-1);
     C->SetText(QString());
-    C->SetSavedText(QStringLiteral("saved"));
     C->ReadFromXML(Node);
     EXPECT_EQ(C->ItemIndex(), 1);
     EXPECT_EQ(C->Text(), QString());
-    EXPECT_EQ(C->SavedText(), QStringLiteral("saved"));
-}
+    EXPECT_EQ(C->SavedText(), QStringLiteral("before"));
 
-TEST_F(ComboBox, XmlTextAloneLeavesTheIndex) {
+    // Text alone leaves the index.
+    Node.NodesDelete("ItemIndex");
     C->SetItemIndex(2);
     Node.WriteString("Text", QStringLiteral("°F"));
     C->ReadFromXML(Node);
@@ -276,6 +198,18 @@ TEST_F(ComboBox, XmlTextAloneLeavesTheIndex) {
     EXPECT_EQ(C->Text(), QStringLiteral("°F"));
     EXPECT_EQ(C->SavedText(), QStringLiteral("°F"));
     EXPECT_EQ(C->GetXMLValueText(Node), QStringLiteral("°F"));
+
+    // A drop-down list takes the index over the stored text; without an index the text picks the item.
+    C->SetStyle(csDropDownList);
+    Node.WriteInteger("ItemIndex", 2);
+    Node.WriteString("Text", QStringLiteral("one"));
+    C->ReadFromXML(Node);
+    EXPECT_EQ(C->ItemIndex(), 2);
+    EXPECT_EQ(C->Text(), QStringLiteral("three"));
+    EXPECT_EQ(C->SavedText(), QStringLiteral("one"));
+    Node.NodesDelete("ItemIndex");
+    C->ReadFromXML(Node);
+    EXPECT_EQ(C->ItemIndex(), 0);
 }
 
 TEST_F(ComboBox, ADropDownListReportsAChangeOnlyByIndex) {
@@ -297,20 +231,6 @@ TEST_F(ComboBox, ADropDownListReportsAChangeOnlyByIndex) {
     EXPECT_TRUE(C->XmlValueChanged(Node));
 }
 
-TEST_F(ComboBox, ADropDownListTakesTheIndexOverTheStoredText) {
-    C->SetStyle(csDropDownList);
-    Node.WriteInteger("ItemIndex", 2);
-    Node.WriteString("Text", QStringLiteral("one"));
-    C->ReadFromXML(Node);
-    EXPECT_EQ(C->ItemIndex(), 2);
-    EXPECT_EQ(C->Text(), QStringLiteral("three"));
-    EXPECT_EQ(C->SavedText(), QStringLiteral("one"));
-    // Without an index, the text picks the item.
-    Node.NodesDelete("ItemIndex");
-    C->ReadFromXML(Node);
-    EXPECT_EQ(C->ItemIndex(), 0);
-}
-
 TEST_F(ComboBox, UserChangesSaveTheTextAndRevertGoesBack) {
     int Changes = 0;
     C->SetOnChange([&](QObject* Sender) {
@@ -325,7 +245,6 @@ TEST_F(ComboBox, UserChangesSaveTheTextAndRevertGoesBack) {
     EXPECT_EQ(Changes, 2);
     EXPECT_EQ(Spy.count(), 2);
     EXPECT_EQ(C->SavedText(), QStringLiteral("programab"));
-
     C->SetText(QStringLiteral("later"));
     C->RevertToSavedText();
     EXPECT_EQ(C->Text(), QStringLiteral("programab"));
@@ -341,19 +260,12 @@ TEST_F(ComboBox, UserChangesSaveTheTextAndRevertGoesBack) {
     EXPECT_EQ(C->Text(), QStringLiteral("two"));
 }
 
-TEST_F(ComboBox, ValueTextIsTheItemOrTheEditText) {
-    C->SetItemIndex(1);
-    C->SetText(QStringLiteral("edited"));
-    EXPECT_EQ(C->GetValueText(), QStringLiteral("two"));
-    EXPECT_EQ(C->GetVariantValue().toString(), QStringLiteral("edited"));
-    C->SetItemIndex(-1);
-    C->SetText(QStringLiteral("free"));
-    EXPECT_EQ(C->GetValueText(), QStringLiteral("free"));
-}
-
-TEST_F(ComboBox, FormCreateKeepsIndexAndTextCopyOnlyTheIndex) {
+TEST_F(ComboBox, ValueTextAndSavedValues) {
     C->SetItemIndex(1);
     C->SetText(QStringLiteral("custom"));
+    EXPECT_EQ(C->GetValueText(), QStringLiteral("two"));
+    EXPECT_EQ(C->GetVariantValue().toString(), QStringLiteral("custom"));
+    // The form-create value keeps index and text, the copy only the index.
     C->SetFormCreateVal();
     C->SetCopyValue();
     C->SetText(QStringLiteral("other text"));
@@ -366,6 +278,10 @@ TEST_F(ComboBox, FormCreateKeepsIndexAndTextCopyOnlyTheIndex) {
     C->ResetToFormCreateVal();
     EXPECT_EQ(C->ItemIndex(), 1);
     EXPECT_EQ(C->Text(), QStringLiteral("custom"));
+
+    C->SetItemIndex(-1);
+    C->SetText(QStringLiteral("free"));
+    EXPECT_EQ(C->GetValueText(), QStringLiteral("free"));
 }
 
 // --- Check list ---------------------------------------------------------------------------------
@@ -388,11 +304,18 @@ TEST_F(CheckList, ReorderedItemsAreRestoredByCaption) {
     EXPECT_EQ(F->GetXMLValueText(Node), QStringLiteral("A; B; Gone"));
     // "Gone" has no item and "New" no entry: the node no longer describes the list.
     EXPECT_TRUE(F->XmlValueChanged(Node));
+
+    // State names are read ignoring case and blanks.
+    TXmlNode Other = Doc.Root().NodeNew("Other");
+    TXmlNode It = Other.NodeNew("Items").NodeNew("Item");
+    It.WriteAttributeString("Caption", "A");
+    It.SetValueAsString(" CBGRAYED ");
+    F->ReadFromXML(Other);
+    EXPECT_EQ(F->State(2), cbGrayed);
 }
 
 TEST_F(CheckList, XmlRewritesItemsWholeAndLeavesNoMSNDAlone) {
-    TXmlNode Stale = Node.NodeNew("Items");
-    Stale.NodeNew("Item").WriteAttributeString("Caption", "Stale");
+    Node.NodeNew("Items").NodeNew("Item").WriteAttributeString("Caption", "Stale");
     Node.NodeNew("Items").NodeNew("Item");
     Node.WriteString("NoMSND", "keep me");
     TCheckListBoxFld* F = Make({"x", "\U0001F600 y"}, {cbGrayed, cbChecked});
@@ -412,52 +335,28 @@ TEST_F(CheckList, XmlRewritesItemsWholeAndLeavesNoMSNDAlone) {
     EXPECT_FALSE(Fresh.NodeByName("NoMSND"));
 }
 
-TEST_F(CheckList, XmlStateNamesAreReadIgnoringCase) {
-    TXmlNode It = Node.NodeNew("Items").NodeNew("Item");
-    It.WriteAttributeString("Caption", "A");
-    It.SetValueAsString(" CBGRAYED ");
-    TCheckListBoxFld* F = Make({"A"});
-    F->ReadFromXML(Node);
-    EXPECT_EQ(F->State(0), cbGrayed);
-}
-
-TEST_F(CheckList, ExtraStatesInAStreamAreReadAndDropped) {
+TEST_F(CheckList, StreamStateCountsAndRanges) {
+    // More states than items: the extra ones are read and dropped.
     const QByteArray Five =
         WriteRecord(*Make({"1", "2", "3", "4", "5"}, {cbChecked, cbGrayed, cbChecked, cbChecked, cbGrayed}));
-    const QByteArray Bytes = Five + Hex("0603656E64"); // then "end"
     TCheckListBoxFld* F = Make({"1", "2"});
     F->SetStreamReadVisibleandEnabled(true);
-    EXPECT_EQ(ReadRecord(*F, Bytes), Five.size());
+    EXPECT_EQ(ReadRecord(*F, Five + Hex("06 03 656E64")), Five.size()); // then "end"
     EXPECT_EQ(F->States(), (QList<TCheckBoxState>{cbChecked, cbGrayed}));
     EXPECT_TRUE(F->FieldVisible());
 
     // Fewer states than items: the rest keep theirs.
     TCheckListBoxFld* G = Make({"1", "2", "3"}, {cbUnchecked, cbUnchecked, cbGrayed});
-    ReadRecord(*G, Hex("0202"
-                       "0201"
-                       "0201"
-                       "0909"));
+    ReadRecord(*G, Hex("02 02 | 02 01 | 02 01 | 09 09"));
     EXPECT_EQ(G->States(), (QList<TCheckBoxState>{cbChecked, cbChecked, cbGrayed}));
     EXPECT_FALSE(G->HasChanged());
-}
 
-TEST_F(CheckList, StatesOutsideTheEnumerationAreErrors) {
-    TCheckListBoxFld* F = Make({"1", "2"}, {cbChecked, cbChecked});
-    EXPECT_THROW(ReadRecord(*F, Hex("0202"
-                                    "0200"
-                                    "0203"
-                                    "0909")),
-                 EReadError);
-    EXPECT_THROW(ReadRecord(*F, Hex("02FF"
-                                    "0909")),
-                 EReadError);
+    // States outside the enumeration are errors, except past the items, where they are dropped.
+    F->SetStates({cbChecked, cbChecked});
+    EXPECT_THROW(ReadRecord(*F, Hex("02 02 | 02 00 | 02 03 | 09 09")), EReadError);
+    EXPECT_THROW(ReadRecord(*F, Hex("02 FF | 09 09")), EReadError);
     EXPECT_EQ(F->States(), (QList<TCheckBoxState>{cbChecked, cbChecked}));
-    // A state past the items is dropped unread as a state.
-    EXPECT_NO_THROW(ReadRecord(*F, Hex("0203"
-                                       "0200"
-                                       "0200"
-                                       "0263"
-                                       "0909")));
+    EXPECT_NO_THROW(ReadRecord(*F, Hex("02 03 | 02 00 | 02 00 | 02 63 | 09 09")));
     EXPECT_EQ(F->States(), (QList<TCheckBoxState>{cbUnchecked, cbUnchecked}));
 }
 
@@ -466,18 +365,13 @@ TEST_F(CheckList, ValueTextJoinsCheckedAndGrayedCaptions) {
     EXPECT_EQ(F->GetValueText(), QStringLiteral("one; three"));
     EXPECT_EQ(F->GetVariantValue().toList(), (QVariantList{1, 0, 2}));
     EXPECT_EQ(Make({})->GetValueText(), QString());
-}
 
-TEST(JoinCaptions, StopsAfterPassing120Characters) {
-    const QString A(60, QLatin1Char('a'));
-    const QString B(56, QLatin1Char('b'));
-    // 60 + 2 + 56 = 118, + 2 + 2 = 122: over, so "..." and nothing after.
+    // Stops after passing 120 characters: 60 + 2 + 56 = 118, + 2 + 2 = 122: over, so "...".
+    const QString A(60, QLatin1Char('a')), B(56, QLatin1Char('b')), Exact(120, QLatin1Char('x'));
     EXPECT_EQ(JoinCaptions({A, B}), A + "; " + B);
     EXPECT_EQ(JoinCaptions({A, B, "cc", "d"}), A + "; " + B + "; cc...");
-    const QString Exact(120, QLatin1Char('x'));
     EXPECT_EQ(JoinCaptions({Exact}), Exact);
     EXPECT_EQ(JoinCaptions({Exact + "y", "z"}), Exact + "y...");
-    EXPECT_EQ(JoinCaptions({}), QString());
 }
 
 TEST_F(CheckList, ItemsAddedStraightToTheListAreCheckable) {
@@ -494,7 +388,7 @@ TEST_F(CheckList, ItemsAddedStraightToTheListAreCheckable) {
     EXPECT_EQ(F->State(7), cbUnchecked);
 }
 
-// --- Memo ---------------------------------------------------------------------------------------
+// --- Text and memo ------------------------------------------------------------------------------
 
 TEST_F(Fields, MemoValueTextShowsAtMost120Characters) {
     auto* M = new TMemoFld(&Window);
@@ -508,7 +402,7 @@ TEST_F(Fields, MemoValueTextShowsAtMost120Characters) {
     EXPECT_EQ(M->GetValueText(), QString(119, QLatin1Char('m')) + QStringLiteral("..."));
 }
 
-TEST_F(Fields, MemoLinesRoundTrip) {
+TEST_F(Fields, MemoLinesAndLongTextsRoundTrip) {
     auto* M = new TMemoFld(&Window);
     M->SetText(QStringLiteral("a\n\nb\u00a0c\n"));
     EXPECT_EQ(M->Lines(), (QStringList{"a", "", QStringLiteral("b\u00a0c"), ""}));
@@ -520,26 +414,22 @@ TEST_F(Fields, MemoLinesRoundTrip) {
     EXPECT_EQ(N->Text(), M->Text());
     EXPECT_THROW(ReadRecord(*N, Hex("02FE")), EReadError);
     EXPECT_EQ(N->Text(), M->Text());
-}
 
-TEST_F(Fields, LongTextsAreNotCut) {
     auto* S = new TStringFld(&Window);
-    const QString Long(40000, QLatin1Char('L'));
-    S->SetText(Long);
+    S->SetText(QString(40000, QLatin1Char('L')));
     auto* T = new TStringFld(&Window);
     ReadRecord(*T, WriteRecord(*S));
-    EXPECT_EQ(T->Text().size(), Long.size());
+    EXPECT_EQ(T->Text(), S->Text());
 }
 
 // --- Buttons ------------------------------------------------------------------------------------
 
-TEST_F(Fields, RadioButtonsReadFalseEvenWhenExclusive) {
+TEST_F(Fields, CheckAndRadioButtonValues) {
     auto* A = new TRadioBtnFld(&Window);
     auto* B = new TRadioBtnFld(&Window);
     A->SetChecked(true);
-    ReadRecord(*A, Hex("08"
-                       "0909"));
-    EXPECT_FALSE(A->Checked());
+    ReadRecord(*A, Hex("08 | 09 09"));
+    EXPECT_FALSE(A->Checked()) << "reads false even when exclusive";
     A->SetChecked(true);
     Node.WriteBool("Value", true);
     B->ReadFromXML(Node);
@@ -547,9 +437,8 @@ TEST_F(Fields, RadioButtonsReadFalseEvenWhenExclusive) {
     EXPECT_FALSE(A->Checked()) << "siblings still exclude each other";
     EXPECT_EQ(B->GetXMLValueText(Node), QStringLiteral("checked"));
     EXPECT_EQ(A->GetValueText(), QStringLiteral("unchecked"));
-}
 
-TEST_F(Fields, CheckBoxValueIsCheckedOnly) {
+    // A check box's value is "checked" only.
     auto* F = new TCheckFld(&Window);
     F->setTristate(true);
     F->setCheckState(Qt::PartiallyChecked);
@@ -567,13 +456,11 @@ TEST_F(Fields, RadioGroupKeepsAnIndexWithoutButton) {
     auto* G = new TRadioGrpFld(&Window);
     G->SetItems({"bar", "psi"});
     EXPECT_EQ(G->GetValueText(), QString());
-    ReadRecord(*G, Hex("0203"
-                       "0909"));
+    ReadRecord(*G, Hex("02 03 | 09 09"));
     EXPECT_EQ(G->ItemIndex(), 3);
     EXPECT_EQ(G->GetValueText(), QString());
     EXPECT_FALSE(G->Button(0)->isChecked() || G->Button(1)->isChecked());
-    EXPECT_EQ(WriteRecord(*G), Hex("0203"
-                                   "0909"));
+    EXPECT_EQ(WriteRecord(*G), Hex("02 03 | 09 09"));
     // More items later: the stored index finds its button.
     G->SetItems({"bar", "psi", "kPa", "°C²"});
     EXPECT_TRUE(G->Button(3)->isChecked());
@@ -615,18 +502,15 @@ protected:
     const QDateTime Leap{QDate(2024, 2, 29), QTime(13, 45, 12, 345)};
 };
 
-TEST_F(DateTime, ChangesCountToTheMillisecond) {
+TEST_F(DateTime, XmlTextHasMillisecondsAndAcceptsShorterForms) {
+    // Changes count to the millisecond.
     F->SetDateTime(Leap);
     F->SetCopyValue();
-    EXPECT_FALSE(F->HasChanged());
     F->SetDateTime(Leap.addMSecs(1));
     EXPECT_TRUE(F->HasChanged());
     F->SetDateTime(Leap);
     EXPECT_FALSE(F->HasChanged());
-}
 
-TEST_F(DateTime, XmlTextHasMillisecondsAndAcceptsShorterForms) {
-    F->SetDateTime(Leap);
     F->WriteToXML(Node);
     EXPECT_EQ(Node.ReadString("Value"), QStringLiteral("2024-02-29T13:45:12.345"));
     F->SetDateTime(QDateTime(QDate(2024, 3, 1), QTime(0, 0)));
@@ -661,24 +545,19 @@ TEST_F(DateTime, ValueTextUsesTheFormatSettings) {
 
 TEST_F(DateTime, StreamDaysThatNameNoDateAreErrors) {
     F->SetDateTime(Leap);
-    const std::vector<const char*> Bad = {
-        "0500000000000000"
-        "C0FF7F", // NaN
-        "0500000000000000"
-        "80FF7F", // infinity
-        "0500000000000000"
-        "803F40",             // 2^64 days
-        "15000000000000F87F", // a double NaN
-        "04C0BDF0FF",         // -1000000 days, before the year 100
-    };
-    for (const char* Days : Bad) {
+    for (const char* Days : {
+             "05 00000000000000C0 FF7F", // NaN
+             "05 0000000000000080 FF7F", // infinity
+             "05 0000000000000080 3F40", // 2^64 days
+             "15 000000000000F87F",      // a double NaN
+             "04 C0BDF0FF",              // -1000000 days, before the year 100
+         }) {
         SCOPED_TRACE(Days);
         EXPECT_THROW(ReadRecord(*F, Hex(Days) + Hex("0909")), EReadError);
         EXPECT_EQ(F->DateTime(), Leap);
     }
     // A plain integer is a whole number of days, as the classic reader takes it.
-    ReadRecord(*F, Hex("0202"
-                       "0909"));
+    ReadRecord(*F, Hex("02 02 | 09 09"));
     EXPECT_EQ(F->DateTime(), QDateTime(QDate(1900, 1, 1), QTime(0, 0)));
 }
 

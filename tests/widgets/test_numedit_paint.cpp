@@ -62,13 +62,6 @@ TInk InkOf(const QImage& Img, QColor Base, const std::function<bool(QColor)>& Is
     return R;
 }
 
-bool Reddish(QColor C) {
-    return C.red() > 150 && C.green() < 90 && C.blue() < 90;
-}
-bool Bluish(QColor C) {
-    return C.blue() > 150 && C.red() < 90 && C.green() < 90;
-}
-
 struct TForm {
     QWidget W;
     TNumEdit* E;
@@ -151,34 +144,37 @@ TEST(NumEditPaint, SelectionIsHighlightedOnlyWhileFocused) {
 TEST(NumEditPaint, NegativeReadOnlyAndHostColours) {
     TForm F;
     ASSERT_TRUE(F.Focus(F.Other));
+    const auto Reddish = [](QColor C) { return C.red() > 150 && C.green() < 90 && C.blue() < 90; };
+    const auto Bluish = [](QColor C) { return C.blue() > 150 && C.red() < 90 && C.green() < 90; };
+    const auto Greenish = [](QColor C) { return C.green() > 70 && C.red() < 60 && C.blue() < 60; };
+    // Pixels of the given colour on the edit rendered over white.
+    const auto Count = [&F](const std::function<bool(QColor)>& Is, qreal Dpr = 1) {
+        return InkOf(Render(F.E, Dpr), Qt::white, Is).Count;
+    };
     F.E->SetNegCol(Qt::red);
     F.E->SetValue(-12.5);
-    const QImage Negative = Render(F.E, 1);
-    EXPECT_GT(InkOf(Negative, Qt::white, Reddish).Count, 10);
-
+    EXPECT_GT(Count(Reddish), 10);
     F.E->SetValue(12.5);
-    EXPECT_EQ(InkOf(Render(F.E, 1), Qt::white, Reddish).Count, 0);
+    EXPECT_EQ(Count(Reddish), 0);
     EXPECT_GT(InkOf(Render(F.E, 1), F.E->palette().color(QPalette::Base)).Count, 10);
 
     // Read-only text is drawn in ReadOnlyFontColor, also when negative.
     F.E->SetValue(-12.5);
     F.E->setReadOnly(true);
-    const QImage ReadOnly = Render(F.E, 2);
-    EXPECT_GT(InkOf(ReadOnly, Qt::white, Bluish).Count, 10);
-    EXPECT_EQ(InkOf(ReadOnly, Qt::white, Reddish).Count, 0);
+    EXPECT_GT(Count(Bluish, 2), 10);
+    EXPECT_EQ(Count(Reddish, 2), 0);
     F.E->SetReadOnlyFontColor(Qt::darkGreen);
-    const auto Greenish = [](QColor C) { return C.green() > 70 && C.red() < 60 && C.blue() < 60; };
-    EXPECT_GT(InkOf(Render(F.E, 1), Qt::white, Greenish).Count, 10);
+    EXPECT_GT(Count(Greenish), 10);
     F.E->setReadOnly(false);
-    EXPECT_GT(InkOf(Render(F.E, 1), Qt::white, Reddish).Count, 10);
+    EXPECT_GT(Count(Reddish), 10);
 
     // A palette set by the host gives the normal colour.
     QPalette P = F.E->palette();
     P.setColor(QPalette::Text, QColor(0, 0, 200));
     F.E->setPalette(P);
     EXPECT_EQ(F.E->NormalFontColor(), QColor(0, 0, 200));
-    EXPECT_GT(InkOf(Render(F.E, 1), Qt::white, Reddish).Count, 10); // still negative
+    EXPECT_GT(Count(Reddish), 10); // still negative
     F.E->SetValue(3);
-    EXPECT_GT(InkOf(Render(F.E, 1), Qt::white, Bluish).Count, 10);
-    EXPECT_EQ(InkOf(Render(F.E, 1), Qt::white, Reddish).Count, 0);
+    EXPECT_GT(Count(Bluish), 10);
+    EXPECT_EQ(Count(Reddish), 0);
 }

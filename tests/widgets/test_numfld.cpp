@@ -89,18 +89,14 @@ struct TXml {
 
 // ---- identity ---------------------------------------------------------------------------------------
 
-TEST(NumFldIdentity, RegisteredAndSupportsTheFieldContract) {
+TEST(NumFldIdentity, RegisteredAndIdentifiedByCustomIdThenLabelThenName) {
     QWidget Owner;
     std::unique_ptr<QObject> O(CreateComponent(QStringLiteral("TNumFld"), &Owner));
     ASSERT_NE(qobject_cast<TNumFld*>(O.get()), nullptr);
     EXPECT_EQ(O->parent(), &Owner);
-    INumFld* Field = Supports(O.get());
-    ASSERT_NE(Field, nullptr);
-    EXPECT_EQ(static_cast<INumFld*>(qobject_cast<TNumFld*>(O.get())), Field);
-    EXPECT_EQ(qobject_cast<INumFld*>(O.get()), Field);
-}
+    EXPECT_EQ(Supports(O.get()), static_cast<INumFld*>(qobject_cast<TNumFld*>(O.get())));
+    EXPECT_EQ(qobject_cast<INumFld*>(O.get()), Supports(O.get()));
 
-TEST(NumFldIdentity, IdentifierIsCustomIdThenLabelThenName) {
     struct Case {
         const char* Custom;
         const char* Caption;
@@ -148,7 +144,6 @@ TEST(NumFldRefValue, LoadsOnlyRealOrNaNReferenceValues) {
     const Case Cases[] = {
         {"default sentinel", TNumFld::RefValueSentinel(), false},
         {"threshold itself", Threshold, false},
-        {"below threshold", Threshold * 10.0L, false},
         {"just above threshold", std::nextafter(Threshold, 0.0L), true},
         {"ordinary value", 42.5L, true},
         {"minus infinity", -std::numeric_limits<Extended>::infinity(), false},
@@ -242,19 +237,10 @@ TEST(NumFldChange, NumbersCompareWithToleranceOtherTextsExactly) {
         EXPECT_EQ(T.F->HasChanged(), C.Changed);
         T.F->OkChanges();
         EXPECT_EQ(T.F->ChangedAfterOK, C.Changed);
+        T.F->SetCopyValue(); // OkChanges never clears the flag
+        T.F->OkChanges();
+        EXPECT_EQ(T.F->ChangedAfterOK, C.Changed);
     }
-}
-
-TEST(NumFldChange, OkChangesNeverClearsTheFlag) {
-    TForm T;
-    T.F->SetValue(1.0L);
-    T.F->SetCopyValue();
-    T.F->SetValue(2.0L);
-    T.F->OkChanges();
-    ASSERT_TRUE(T.F->ChangedAfterOK);
-    T.F->SetCopyValue();
-    T.F->OkChanges();
-    EXPECT_TRUE(T.F->ChangedAfterOK);
 }
 
 TEST(NumFldChange, RestoreAndResetPutTheTextBackAndEvaluateIt) {
@@ -321,7 +307,7 @@ TEST(NumFldAssign, CopiesTheTextAndEvaluatesIt) {
     EXPECT_EQ(B.F->GetFValue(), 2.5L);
 }
 
-TEST(NumFldQueries, VariantTextAndReadOnly) {
+TEST(NumFldQueries, VariantTextReadOnlyAndFontColour) {
     TForm T;
     T.F->SetValue(2.5L);
     EXPECT_EQ(T.F->GetVariantValue().typeId(), QMetaType::Double);
@@ -333,10 +319,9 @@ TEST(NumFldQueries, VariantTextAndReadOnly) {
     T.F->setEnabled(false); // read-only is the edit's flag, not the enabled state
     T.F->setReadOnly(false);
     EXPECT_FALSE(T.F->GetReadOnly());
-}
 
-TEST(NumFldQueries, FontColourBecomesTheNormalTextColour) {
-    TForm T;
+    // The font colour becomes the normal text colour; negatives keep theirs.
+    T.F->setEnabled(true);
     T.F->SetNegCol(Qt::blue);
     T.F->SetValue(1.0L);
     T.F->SetFontColor(Qt::red);
@@ -359,44 +344,55 @@ TEST(NumFldStream, RecordLayout) {
     EXPECT_EQ(Hex(WriteRecord(T.F)), "05 00 00 00 00 00 00 00 a0 00 c0 08 08");
 }
 
-TEST(NumFldStream, ValuesRoundTripBitExact) {
+TEST(NumFldStream, ValuesRoundTripBitExactAndTheReadTakesACopy) {
     using L = std::numeric_limits<Extended>;
-    const Extended Cases[] = {
-        0.0L,
-        -0.0L,
-        1.5L,
-        -2.5e300L,
-        0.1L,
-        L::max(),
-        L::lowest(),
-        L::min(),
-        -L::min(),
-        L::denorm_min(),
-        -L::denorm_min(),
-        L::min() - L::denorm_min(), // largest denormal
-        L::infinity(),
-        -L::infinity(),
-        L::quiet_NaN(),
-        TCustomNumEdit::NaN(),
-        TNumFld::RefValueSentinel(),
-    };
+    const Extended Cases[] = {0.0L,
+                              -0.0L,
+                              1.5L,
+                              -2.5e300L,
+                              0.1L,
+                              L::max(),
+                              L::lowest(),
+                              L::min(),
+                              -L::min(),
+                              L::denorm_min(),
+                              -L::denorm_min(),
+                              L::min() - L::denorm_min() /* largest denormal */,
+                              L::infinity(),
+                              -L::infinity(),
+                              L::quiet_NaN(),
+                              TCustomNumEdit::NaN(),
+                              TNumFld::RefValueSentinel()};
     for (const Extended V : Cases) {
         SCOPED_TRACE(static_cast<double>(V));
         TForm Src, Dst;
-        Dst.F->SetValue(3.0L);
         Src.F->SetValue(3.0L); // SetValue takes only a value that differs (-0 == 0)
         Src.F->SetValue(V);
         const QByteArray Rec = WriteRecord(Src.F);
         ASSERT_EQ(Rec.size(), 13);
         EXPECT_EQ(Rec.mid(1, 10), FloatRecord(V, true, true).mid(1, 10));
+
+        Dst.F->SetValue(1.0L);
+        Dst.F->SetCopyValue();
+        Dst.F->SetValue(2.0L);
+        Dst.F->OkChanges();
+        ASSERT_TRUE(Dst.F->ChangedAfterOK);
+        int AfterRead = 0;
+        Dst.F->SetOnAfterRead([&](QObject* S) {
+            ++AfterRead;
+            EXPECT_EQ(S, Dst.F);
+            EXPECT_FALSE(Dst.F->HasChanged()); // the copy is taken before the event
+        });
         EXPECT_EQ(ReadRecord(Dst.F, Rec), 13);
         EXPECT_EQ(Bits(Dst.F->Value()), Bits(V));
         EXPECT_EQ(Dst.F->text().isEmpty(), static_cast<bool>(std::isnan(V))); // NaN: no value
         EXPECT_FALSE(Dst.F->HasChanged());
+        EXPECT_FALSE(Dst.F->ChangedAfterOK);
+        EXPECT_EQ(AfterRead, 1);
     }
 }
 
-TEST(NumFldStream, VisibleAndEnabledAppliedOnlyWithTheFlag) {
+TEST(NumFldStream, VisibleAndEnabledAppliedOnlyWithTheFlagAndSkipChangesNothing) {
     for (const bool Flag : {false, true}) {
         for (const bool Visible : {false, true}) {
             for (const bool Enabled : {false, true}) {
@@ -406,50 +402,23 @@ TEST(NumFldStream, VisibleAndEnabledAppliedOnlyWithTheFlag) {
                 Src.F->setEnabled(Enabled);
                 Dst.F->setVisible(!Visible);
                 Dst.F->setEnabled(!Enabled);
+                Dst.F->SetValue(4.0L);
                 Dst.F->SetStreamReadVisibleandEnabled(Flag);
+                int AfterRead = 0;
+                Dst.F->SetOnAfterRead([&](QObject*) { ++AfterRead; });
                 const QByteArray Rec = WriteRecord(Src.F);
                 EXPECT_EQ(Rec, FloatRecord(0.0L, Visible, Enabled)); // always written
+                EXPECT_EQ(ReadRecord(Dst.F, Rec + QByteArray("tail"), true), 13);
+                EXPECT_EQ(Dst.F->Value(), 4.0L);
+                EXPECT_EQ(Dst.F->FieldVisible(), !Visible);
+                EXPECT_EQ(AfterRead, 0);
                 ReadRecord(Dst.F, Rec);
+                EXPECT_EQ(Dst.F->Value(), 0.0L);
                 EXPECT_EQ(Dst.F->FieldVisible(), Flag ? Visible : !Visible);
                 EXPECT_EQ(Dst.F->FieldEnabled(), Flag ? Enabled : !Enabled);
             }
         }
     }
-}
-
-TEST(NumFldStream, ReadClearsOkFlagTakesCopyAndFiresAfterRead) {
-    TForm T;
-    int AfterRead = 0;
-    QObject* Sender = nullptr;
-    T.F->SetOnAfterRead([&](QObject* S) {
-        ++AfterRead;
-        Sender = S;
-        EXPECT_FALSE(T.F->HasChanged()); // the copy is taken before the event
-    });
-    T.F->SetValue(1.0L);
-    T.F->SetCopyValue();
-    T.F->SetValue(2.0L);
-    T.F->OkChanges();
-    ASSERT_TRUE(T.F->ChangedAfterOK);
-    ReadRecord(T.F, FloatRecord(5.0L, true, true));
-    EXPECT_EQ(T.F->Value(), 5.0L);
-    EXPECT_FALSE(T.F->ChangedAfterOK);
-    EXPECT_FALSE(T.F->HasChanged());
-    EXPECT_EQ(AfterRead, 1);
-    EXPECT_EQ(Sender, T.F);
-}
-
-TEST(NumFldStream, SkipConsumesTheRecordAndChangesNothing) {
-    TForm T;
-    int AfterRead = 0;
-    T.F->SetOnAfterRead([&](QObject*) { ++AfterRead; });
-    T.F->SetStreamReadVisibleandEnabled(true);
-    T.F->SetValue(4.0L);
-    const QByteArray Rec = FloatRecord(9.0L, false, false) + QByteArray("tail");
-    EXPECT_EQ(ReadRecord(T.F, Rec, true), 13);
-    EXPECT_EQ(T.F->Value(), 4.0L);
-    EXPECT_TRUE(T.F->FieldVisible());
-    EXPECT_EQ(AfterRead, 0);
 }
 
 TEST(NumFldStream, OutOfRangeValueIsRefusedWithTheEditMessage) {
@@ -532,7 +501,6 @@ TEST(NumFldXml, ValueTextIsUnscaledAndReadsBack) {
         {"exponent", ptNone, usSI, ntExponent, false, 1234.5L, "1.23450000000E+03"},
         {"pressure in Pa, not bar", ptPress, usSI, ntParType, false, 250000.0L, "250000"},
         {"length in m, not inch", ptLength, usImperial, ntParType, false, 1.5L, "1.50"},
-        {"negative", ptNone, usSI, ntGeneral, false, -0.125L, "-0.125"},
     };
     for (const Case& C : Cases) {
         SCOPED_TRACE(C.Name);
@@ -555,52 +523,44 @@ TEST(NumFldXml, ValueTextIsUnscaledAndReadsBack) {
     }
 }
 
-TEST(NumFldXml, ValueTextOfExpressionsAndEmptyValues) {
-    {
-        TForm T;
-        T.F->SetOnExprCheckVariable([](QObject*, const QString&, Extended& V, bool& Found) {
-            V = 3.0L;
-            Found = true;
-        });
-        T.F->setText(QStringLiteral("2*x + 1"));
-        TXml X;
-        T.F->WriteToXML(X.Node);
-        EXPECT_EQ(X.Child(QStringLiteral("Value")), QStringLiteral("2*x + 1"));
-    }
-    {
-        TForm T;
-        T.F->SetAllowEmpty(true);
-        T.F->SetClearIsNaN(true);
-        T.F->Clear();
-        ASSERT_TRUE(std::isnan(T.F->Value()));
-        TXml X;
-        T.F->WriteToXML(X.Node);
-        EXPECT_TRUE(X.Has(QStringLiteral("Value")));
-        EXPECT_EQ(X.Child(QStringLiteral("Value")), QString());
-    }
-}
+TEST(NumFldXml, ExpressionsAndEmptyValuesAreWrittenAsText) {
+    TForm T;
+    T.F->SetOnExprCheckVariable([](QObject*, const QString&, Extended& V, bool& Found) {
+        V = 3.0L;
+        Found = true;
+    });
+    T.F->setText(QStringLiteral("2*x + 1"));
+    TXml X;
+    T.F->WriteToXML(X.Node);
+    EXPECT_EQ(X.Child(QStringLiteral("Value")), QStringLiteral("2*x + 1"));
+    T.F->SetAllowEmpty(true);
+    T.F->SetClearIsNaN(true);
+    T.F->Clear();
+    ASSERT_TRUE(std::isnan(T.F->Value()));
+    T.F->WriteToXML(X.Node);
+    EXPECT_TRUE(X.Has(QStringLiteral("Value")));
+    EXPECT_EQ(X.Child(QStringLiteral("Value")), QString());
 
-TEST(NumFldXml, EmptyValueGivesNaNOnlyWithAllowEmptyAndClearIsNaN) {
+    // Read back, an empty value gives NaN only with AllowEmpty and ClearIsNaN.
     for (const bool AllowEmpty : {false, true}) {
         for (const bool ClearIsNaN : {false, true}) {
             SCOPED_TRACE(testing::Message() << AllowEmpty << ClearIsNaN);
-            TForm T;
-            T.F->SetValue(6.0L);
-            T.F->SetAllowEmpty(AllowEmpty);
-            T.F->SetClearIsNaN(ClearIsNaN);
-            TXml X(QStringLiteral("<INumFld><Value></Value></INumFld>"));
-            T.F->ReadFromXML(X.Node);
-            EXPECT_EQ(T.F->text(), QString());
+            TForm R;
+            R.F->SetValue(6.0L);
+            R.F->SetAllowEmpty(AllowEmpty);
+            R.F->SetClearIsNaN(ClearIsNaN);
+            R.F->ReadFromXML(X.Node);
+            EXPECT_EQ(R.F->text(), QString());
             if (AllowEmpty && ClearIsNaN)
-                EXPECT_TRUE(std::isnan(T.F->Value()));
+                EXPECT_TRUE(std::isnan(R.F->Value()));
             else
-                EXPECT_EQ(T.F->Value(), 6.0L);
+                EXPECT_EQ(R.F->Value(), 6.0L);
         }
     }
 }
 
 TEST(NumFldXml, TextThatIsNoNumberBecomesTheEditText) {
-    for (const char* Text : {"abc", "1,234.50", "2*x", "1e99999", "NAN", "INF"}) {
+    for (const char* Text : {"abc", "1,234.50", "1e99999", "NAN", "INF"}) {
         SCOPED_TRACE(Text);
         TForm T;
         T.F->SetValue(6.0L);
@@ -613,7 +573,7 @@ TEST(NumFldXml, TextThatIsNoNumberBecomesTheEditText) {
     }
 }
 
-TEST(NumFldXml, ParTypeIsStoredOnlyWhenAsked) {
+TEST(NumFldXml, ParTypeIsStoredOnlyWhenAskedEvenAnUnknownOne) {
     TForm Src;
     Src.F->SetParType(ptPress);
     Src.F->SetValue(250000.0L);
@@ -639,9 +599,8 @@ TEST(NumFldXml, ParTypeIsStoredOnlyWhenAsked) {
     EXPECT_EQ(Taking.F->Value(), 250000.0L);
     EXPECT_EQ(Taking.F->text(), QStringLiteral("2.500"));
     EXPECT_EQ(Taking.F->EditUnitLabel()->Caption(), QStringLiteral("[bar]"));
-}
 
-TEST(NumFldXml, UnknownParTypeIsStoredUncheckedAndTheFieldKeepsWorking) {
+    // An unknown type is stored unchecked and the field keeps working.
     TForm T;
     T.F->SetStoreParType(true);
     TXml X(QStringLiteral("<INumFld><ParType>ptWarpFactor</ParType><Value>12.5</Value></INumFld>"));
@@ -715,7 +674,6 @@ TEST(NumFldXml, XmlValueChangedIsNumericallyTolerant) {
         {"same number, other text", "1.0", false, false},
         {"within tolerance", "1.000000000000005", false, false},
         {"beyond tolerance", "1.00000000000002", false, true},
-        {"other number", "2", false, true},
         {"free text", "abc", false, true},
         {"empty text", "", false, true},
         {"no element, not confirmed", nullptr, false, false},
@@ -801,17 +759,13 @@ TEST(NumFldXml, XmlValueTextAsDisplayed) {
 }
 
 TEST(NumFldXmlHostile, WrongBooleanTypesRaiseAndChangeNothing) {
-    struct Case {
-        const char* Xml;
-    };
-    const Case Cases[] = {
-        {"<INumFld><Value>5</Value><Visible>abc</Visible><Enabled>False</Enabled></INumFld>"},
-        {"<INumFld><Value>5</Value><Visible>False</Visible><Enabled>yes</Enabled></INumFld>"},
-        {"<INumFld><Value>5</Value><Visible>2x</Visible></INumFld>"},
-        {"<INumFld><ParType>ptPress</ParType><Value>5</Value><Enabled></Enabled></INumFld>"},
-    };
-    for (const Case& C : Cases) {
-        SCOPED_TRACE(C.Xml);
+    for (const char* Xml : {
+             "<INumFld><Value>5</Value><Visible>abc</Visible><Enabled>False</Enabled></INumFld>",
+             "<INumFld><Value>5</Value><Visible>False</Visible><Enabled>yes</Enabled></INumFld>",
+             "<INumFld><Value>5</Value><Visible>2x</Visible></INumFld>",
+             "<INumFld><ParType>ptPress</ParType><Value>5</Value><Enabled></Enabled></INumFld>",
+         }) {
+        SCOPED_TRACE(Xml);
         TForm T;
         T.F->SetStreamReadVisibleandEnabled(true);
         T.F->SetStoreParType(true);
@@ -819,7 +773,7 @@ TEST(NumFldXmlHostile, WrongBooleanTypesRaiseAndChangeNothing) {
         T.F->ChangedAfterOK = true;
         int AfterRead = 0;
         T.F->SetOnAfterRead([&](QObject*) { ++AfterRead; });
-        TXml X(QString::fromUtf8(C.Xml));
+        TXml X(QString::fromUtf8(Xml));
         try {
             T.F->ReadFromXML(X.Node);
             ADD_FAILURE() << "no error";

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 
 using namespace qxnum;
 
@@ -63,42 +64,25 @@ TEST(NumInpLabels, PositionsAndSpacings) {
         F.E->SetEditLabelSpacing(C.Spacing);
         F.E->SetEditLabelPosition(C.Pos);
         const int W = L->width(), H = L->height();
-        int Start = 100;
-        if (C.Align == Qt::AlignRight) Start = 100 + 85 - W;
-        if (C.Align == Qt::AlignHCenter) Start = 100 + (85 - W) / 2;
-        QPoint Expected;
-        switch (C.Pos) {
-        case lpAbove:
-            Expected = QPoint(Start, 60 - H - C.Spacing);
-            break;
-        case lpBelow:
-            Expected = QPoint(Start, 60 + 24 + C.Spacing);
-            break;
-        case lpLeft:
-            Expected = QPoint(100 - W - C.Spacing, 60 + (24 - H) / 2);
-            break;
-        case lpRight:
-            Expected = QPoint(100 + 85 + C.Spacing, 60 + (24 - H) / 2);
-            break;
-        }
-        EXPECT_EQ(L->pos(), Expected);
-        // Moving and resizing the edit carries the label along.
-        F.E->SetBounds(150, 90, 120, 30);
-        const QRect Moved(150, 90, 120, 30);
-        switch (C.Pos) {
-        case lpRight:
-            EXPECT_EQ(L->x(), Moved.left() + Moved.width() + C.Spacing);
-            break;
-        case lpBelow:
-            EXPECT_EQ(L->y(), Moved.top() + Moved.height() + C.Spacing);
-            break;
-        case lpLeft:
-            EXPECT_EQ(L->x(), Moved.left() - W - C.Spacing);
-            break;
-        case lpAbove:
-            EXPECT_EQ(L->y(), Moved.top() - H - C.Spacing);
-            break;
-        }
+        // Where the label belongs next to an edit at R; above and below it follows its alignment.
+        const auto Expected = [&](const QRect& R) {
+            int X = R.left();
+            if (C.Align == Qt::AlignRight) X = R.left() + R.width() - W;
+            if (C.Align == Qt::AlignHCenter) X = R.left() + (R.width() - W) / 2;
+            switch (C.Pos) {
+            case lpAbove:
+                return QPoint(X, R.top() - H - C.Spacing);
+            case lpBelow:
+                return QPoint(X, R.top() + R.height() + C.Spacing);
+            case lpLeft:
+                return QPoint(R.left() - W - C.Spacing, R.top() + (R.height() - H) / 2);
+            default:
+                return QPoint(R.left() + R.width() + C.Spacing, R.top() + (R.height() - H) / 2);
+            }
+        };
+        EXPECT_EQ(L->pos(), Expected(QRect(100, 60, 85, 24)));
+        F.E->SetBounds(150, 90, 120, 30); // moving and resizing the edit carries the label along
+        EXPECT_EQ(L->pos(), Expected(QRect(150, 90, 120, 30)));
     }
 }
 
@@ -122,8 +106,15 @@ TEST(NumInpLabels, LabelsFollowMovesOfAShownControlAndCaptionSizes) {
     EXPECT_EQ(Name->y() + Name->height() + 4, 100);
 }
 
-TEST(NumInpLabels, UnitCaptionFollowsParTypeAndUnitSystemUnlessCustom) {
+TEST(NumInpLabels, CaptionsFollowNameParTypeAndUnitSystemUntilSetByHand) {
     TForm F;
+    TNumFldBoundLabel* Name = F.E->EditLabel();
+    F.E->setObjectName(QStringLiteral("Inlet"));
+    EXPECT_EQ(Name->Caption(), QStringLiteral("Inlet"));
+    Name->SetCaption(QStringLiteral("&Inlet pressure"));
+    F.E->setObjectName(QStringLiteral("Outlet"));
+    EXPECT_EQ(Name->Caption(), QStringLiteral("&Inlet pressure"));
+
     TNumFldBoundLabel* Unit = F.E->EditUnitLabel();
     F.E->SetParType(ptNone);
     EXPECT_EQ(Unit->Caption(), QString());
@@ -145,45 +136,31 @@ TEST(NumInpLabels, UnitCaptionFollowsParTypeAndUnitSystemUnlessCustom) {
     EXPECT_EQ(Unit->size(), Unit->sizeHint());
 }
 
-TEST(NumInpLabels, NameCaptionFollowsTheObjectNameUntilSetByHand) {
-    TForm F;
-    TNumFldBoundLabel* Name = F.E->EditLabel();
-    F.E->setObjectName(QStringLiteral("Inlet"));
-    EXPECT_EQ(Name->Caption(), QStringLiteral("Inlet"));
-    Name->SetCaption(QStringLiteral("&Inlet pressure"));
-    F.E->setObjectName(QStringLiteral("Outlet"));
-    EXPECT_EQ(Name->Caption(), QStringLiteral("&Inlet pressure"));
-}
-
 TEST(NumInpLabels, VisibilityEnabledAndDirectionFollowTheControl) {
     TForm F;
     F.W.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&F.W));
     TNumFldBoundLabel* Name = F.E->EditLabel();
     TNumFldBoundLabel* Unit = F.E->EditUnitLabel();
-    EXPECT_TRUE(Name->isVisible());
-    EXPECT_TRUE(Unit->isVisible());
-
+    const auto Visible = [&] { return std::pair(Name->isVisible(), Unit->isVisible()); };
+    const auto Enabled = [&] { return std::pair(Name->isEnabled(), Unit->isEnabled()); };
+    EXPECT_EQ(Visible(), std::pair(true, true));
     F.E->hide();
-    EXPECT_FALSE(Name->isVisible());
-    EXPECT_FALSE(Unit->isVisible());
+    EXPECT_EQ(Visible(), std::pair(false, false));
     F.E->SetUnitVisible(false);
     F.E->show();
-    EXPECT_TRUE(Name->isVisible());
-    EXPECT_FALSE(Unit->isVisible());
+    EXPECT_EQ(Visible(), std::pair(true, false));
     F.E->SetUnitVisible(true);
-    EXPECT_TRUE(Unit->isVisible());
+    EXPECT_EQ(Visible(), std::pair(true, true));
 
-    // CopyVisible off: the labels stay as they are.
-    F.E->SetCopyVisible(false);
+    F.E->SetCopyVisible(false); // the labels stay as they are
     F.E->hide();
     EXPECT_TRUE(Name->isVisible());
     F.E->SetCopyVisible(true);
     F.E->show();
 
     F.E->setEnabled(false);
-    EXPECT_FALSE(Name->isEnabled());
-    EXPECT_FALSE(Unit->isEnabled());
+    EXPECT_EQ(Enabled(), std::pair(false, false));
     F.E->setEnabled(true);
     EXPECT_TRUE(Name->isEnabled());
     F.E->SetCopyEnabled(false);
