@@ -38,35 +38,6 @@ struct TItem {
     QString Label;
 };
 
-QString Quote(const QString& S) {
-    QString Out = QStringLiteral("\"");
-    for (const QChar C : S) {
-        switch (C.unicode()) {
-        case '"':
-            Out += QStringLiteral("\\\"");
-            break;
-        case '\\':
-            Out += QStringLiteral("\\\\");
-            break;
-        case '\r':
-            Out += QStringLiteral("\\r");
-            break;
-        case '\n':
-            Out += QStringLiteral("\\n");
-            break;
-        case '\t':
-            Out += QStringLiteral("\\t");
-            break;
-        default:
-            if (C.unicode() < 0x20 || C.unicode() == 0x7F)
-                Out += QStringLiteral("\\x%1").arg(C.unicode(), 2, 16, QLatin1Char('0'));
-            else
-                Out += C;
-        }
-    }
-    return Out + QLatin1Char('"');
-}
-
 QString FloatText(Extended V) {
     if (std::isnan(V)) return QStringLiteral("NaN");
     if (std::isinf(V)) return V > 0 ? QStringLiteral("+Inf") : QStringLiteral("-Inf");

@@ -6,6 +6,37 @@
 
 namespace qxcase {
 
+// S in double quotes, with quotes, backslashes and control characters escaped, so that every
+// value prints on one line.
+inline QString Quote(const QString& S) {
+    QString Out = QStringLiteral("\"");
+    for (const QChar C : S) {
+        switch (C.unicode()) {
+        case '"':
+            Out += QStringLiteral("\\\"");
+            break;
+        case '\\':
+            Out += QStringLiteral("\\\\");
+            break;
+        case '\r':
+            Out += QStringLiteral("\\r");
+            break;
+        case '\n':
+            Out += QStringLiteral("\\n");
+            break;
+        case '\t':
+            Out += QStringLiteral("\\t");
+            break;
+        default:
+            if (C.unicode() < 0x20 || C.unicode() == 0x7F)
+                Out += QStringLiteral("\\x%1").arg(C.unicode(), 2, 16, QLatin1Char('0'));
+            else
+                Out += C;
+        }
+    }
+    return Out + QLatin1Char('"');
+}
+
 // Prints a binary stream value by value (offset, tag, kind, value). A field-form stream ("TPF0",
 // a list of class and component name records, the end marker) is grouped by record, and the
 // values of the library's field classes are labelled. Returns false for a stream that cannot be

@@ -11,39 +11,10 @@ namespace {
 
 using qxnum::TXmlNode;
 
-QString QuoteText(const QString& S) {
-    QString Out = QStringLiteral("\"");
-    for (const QChar C : S) {
-        switch (C.unicode()) {
-        case '"':
-            Out += QStringLiteral("\\\"");
-            break;
-        case '\\':
-            Out += QStringLiteral("\\\\");
-            break;
-        case '\r':
-            Out += QStringLiteral("\\r");
-            break;
-        case '\n':
-            Out += QStringLiteral("\\n");
-            break;
-        case '\t':
-            Out += QStringLiteral("\\t");
-            break;
-        default:
-            if (C.unicode() < 0x20 || C.unicode() == 0x7F)
-                Out += QStringLiteral("\\x%1").arg(C.unicode(), 2, 16, QLatin1Char('0'));
-            else
-                Out += C;
-        }
-    }
-    return Out + QLatin1Char('"');
-}
-
 QString Attributes(const TXmlNode& N) {
     QString Out;
     for (int I = 0; I < N.AttributeCount(); ++I)
-        Out += QStringLiteral(" %1=%2").arg(N.AttributeName(I), QuoteText(N.AttributeValue(I)));
+        Out += QStringLiteral(" %1=%2").arg(N.AttributeName(I), Quote(N.AttributeValue(I)));
     return Out;
 }
 
@@ -59,7 +30,7 @@ QString PathOf(TXmlNode N) {
         }
         QString Step = N.Name();
         if (N.AttributeCount() > 0)
-            Step += QStringLiteral("[%1=%2]").arg(N.AttributeName(0), QuoteText(N.AttributeValue(0)));
+            Step += QStringLiteral("[%1=%2]").arg(N.AttributeName(0), Quote(N.AttributeValue(0)));
         Steps.prepend(Step);
     }
     return Steps.isEmpty() ? QStringLiteral("(document)") : Steps.join(QLatin1Char('/'));
@@ -72,7 +43,7 @@ void PrintContent(QString& Out, const TXmlNode& Field) {
     while (Cur) {
         QString Line = QString(4 + 2 * std::min(Depth, 20), QLatin1Char(' ')) + Cur.Name() + Attributes(Cur);
         const TXmlNode Child = Cur.FirstChild();
-        if (!Child) Line += QStringLiteral(" = ") + QuoteText(Cur.ValueAsString());
+        if (!Child) Line += QStringLiteral(" = ") + Quote(Cur.ValueAsString());
         Out += Line + QLatin1Char('\n');
         if (Child) {
             Cur = Child;
@@ -116,10 +87,10 @@ bool ListXmlCase(const QByteArray& Data, QString& Out, QString& Error) {
             }
             Out += QStringLiteral("  INumFld ID=%1 ClassName=%2\n")
                        .arg(Cur.HasAttribute(QStringLiteral("ID"))
-                                ? QuoteText(Cur.AttributeByName(QStringLiteral("ID")))
+                                ? Quote(Cur.AttributeByName(QStringLiteral("ID")))
                                 : QStringLiteral("(none)"),
                             Cur.HasAttribute(QStringLiteral("ClassName"))
-                                ? QuoteText(Cur.AttributeByName(QStringLiteral("ClassName")))
+                                ? Quote(Cur.AttributeByName(QStringLiteral("ClassName")))
                                 : QStringLiteral("(none)"));
             PrintContent(Out, Cur);
             ++Fields;

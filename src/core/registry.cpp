@@ -71,18 +71,27 @@ void RegisterFrameClass(const char* QtClassName) {
     if (!R.FrameClasses.contains(Name)) R.FrameClasses.append(Name);
 }
 
-bool IsFieldFrame(const QObject* Object) {
-    if (!Object) return false;
+static QList<QByteArray> FrameClassNames() {
     TRegistry& R = Registry();
     const std::lock_guard<std::mutex> Guard(R.Lock);
-    for (const QByteArray& Name : R.FrameClasses)
+    return R.FrameClasses;
+}
+
+static bool InheritsAny(const QObject* Object, const QList<QByteArray>& Names) {
+    for (const QByteArray& Name : Names)
         if (Object->inherits(Name.constData())) return true;
     return false;
+}
+
+bool IsFieldFrame(const QObject* Object) {
+    return Object && InheritsAny(Object, FrameClassNames());
 }
 
 QList<QObject*> ComponentsOf(QObject* Owner) {
     QList<QObject*> List;
     if (!Owner) return List;
+    // One look at the registry per walk, not one per object.
+    const QList<QByteArray> Frames = FrameClassNames();
     // Explicit stack, children pushed in reverse so they come off in order.
     QList<QObject*> Stack;
     const QObjectList& Top = Owner->children();
@@ -91,7 +100,7 @@ QList<QObject*> ComponentsOf(QObject* Owner) {
     while (!Stack.isEmpty()) {
         QObject* O = Stack.takeLast();
         List.append(O);
-        if (IsFieldFrame(O) || Supports(O)) continue;
+        if (InheritsAny(O, Frames) || Supports(O)) continue;
         const QObjectList& Kids = O->children();
         for (auto It = Kids.crbegin(); It != Kids.crend(); ++It)
             Stack.append(*It);
