@@ -20,24 +20,24 @@ void SetP1(TQXParser& P) {
     });
 }
 
-void BM_PlainNumber_Baseline_TryQX_StrToFloat(benchmark::State& State) {
+void BM_ParserPlainNumber_Baseline(benchmark::State& State) {
     for (auto _ : State) {
         Extended V = 0;
         benchmark::DoNotOptimize(TryQX_StrToFloat(PlainText, V));
         benchmark::DoNotOptimize(V);
     }
 }
-BENCHMARK(BM_PlainNumber_Baseline_TryQX_StrToFloat);
+BENCHMARK(BM_ParserPlainNumber_Baseline);
 
-void BM_PlainNumber_TQXParser(benchmark::State& State) {
+void BM_ParserPlainNumber(benchmark::State& State) {
     TQXParser P;
     P.SetExpression(PlainText);
     for (auto _ : State)
         benchmark::DoNotOptimize(P.CalcValue());
 }
-BENCHMARK(BM_PlainNumber_TQXParser);
+BENCHMARK(BM_ParserPlainNumber);
 
-void BM_Expression_Baseline_muparser(benchmark::State& State) {
+void BM_ParserExpression_Baseline(benchmark::State& State) {
     mu::Parser P;
     double P1 = 10;
     P.DefineVar("p1", &P1);
@@ -47,19 +47,19 @@ void BM_Expression_Baseline_muparser(benchmark::State& State) {
         benchmark::DoNotOptimize(P.Eval());
     }
 }
-BENCHMARK(BM_Expression_Baseline_muparser);
+BENCHMARK(BM_ParserExpression_Baseline);
 
-void BM_Expression_TQXParser(benchmark::State& State) {
+void BM_ParserExpression(benchmark::State& State) {
     TQXParser P;
     SetP1(P);
     P.SetExpression(ExprText);
     for (auto _ : State)
         benchmark::DoNotOptimize(P.CalcValue());
 }
-BENCHMARK(BM_Expression_TQXParser);
+BENCHMARK(BM_ParserExpression);
 
 // The grid and the edit make a parser per evaluation.
-void BM_Expression_TQXParserPerCall(benchmark::State& State) {
+void BM_ParserExpressionNewParser(benchmark::State& State) {
     for (auto _ : State) {
         TQXParser P;
         SetP1(P);
@@ -67,6 +67,6 @@ void BM_Expression_TQXParserPerCall(benchmark::State& State) {
         benchmark::DoNotOptimize(P.CalcValue());
     }
 }
-BENCHMARK(BM_Expression_TQXParserPerCall);
+BENCHMARK(BM_ParserExpressionNewParser);
 
 } // namespace
