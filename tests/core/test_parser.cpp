@@ -22,6 +22,22 @@ static void PrintTo(const QString& S, std::ostream* Os) {
 
 namespace {
 
+using TVars = std::map<QString, Extended>;
+
+// The message P raises, or a text saying there was none.
+QString MessageOf(TQXParser& P) {
+    try {
+        return QStringLiteral("no error, value %1").arg(static_cast<double>(P.CalcValue()));
+    } catch (const EQXParserError& E) {
+        return E.Message();
+    }
+}
+
+struct TValueCase {
+    const char* Text;
+    double Expected;
+};
+
 class ParserTest : public ::testing::Test {
 protected:
     void SetUp() override { Saved = NumInpFormatSettings; }
@@ -30,7 +46,7 @@ protected:
     void UseDecimalComma() { NumInpFormatSettings.DecimalSeparator = QLatin1Char(','); }
 
     // Evaluates Text with the variables in Vars; an unknown name is left unresolved.
-    Extended Calc(const QString& Text, const std::map<QString, Extended>& Vars = {}) {
+    Extended Calc(const QString& Text, const TVars& Vars = {}) {
         TQXParser P(&Owner);
         P.SetDescription(QStringLiteral("p1 expression in Pressure"));
         P.SetOnCheckVariable([&Vars](QObject*, const QString& Name, Extended& Value, bool& Found) {
@@ -42,12 +58,14 @@ protected:
         P.SetExpression(Text);
         return P.CalcValue();
     }
+    double CalcD(const char* Text, const TVars& Vars = {}) {
+        return static_cast<double>(Calc(QString::fromUtf8(Text), Vars));
+    }
 
     // The message of the error Text raises, without the description prefix.
-    QString ErrorOf(const QString& Text, const std::map<QString, Extended>& Vars = {}) {
+    QString ErrorOf(const QString& Text) {
         try {
-            const Extended V = Calc(Text, Vars);
-            return QStringLiteral("no error, value %1").arg(static_cast<double>(V));
+            return QStringLiteral("no error, value %1").arg(static_cast<double>(Calc(Text)));
         } catch (const EQXParserError& E) {
             const QString Prefix = QStringLiteral("p1 expression in Pressure: ");
             if (!E.Message().startsWith(Prefix)) return QStringLiteral("no description: ") + E.Message();
@@ -59,75 +77,46 @@ protected:
     QObject Owner;
 };
 
-struct TValueCase {
-    const char* Text;
-    double Expected;
-};
-
 TEST_F(ParserTest, EvaluatesArithmeticFunctionsAndConstants) {
-    const TValueCase Cases[] = {
-        {"1+2*3", 7},
-        {"(1+2)*3", 9},
-        {"10-4-3", 3},
-        {"10/4/5", 0.5},
-        {"2^3^2", 512}, // power is right-associative
-        {"2*3^2", 18},
-        {"-2^2", -4}, // the sign binds weaker than the power
-        {"-(2)^2", -4},
-        {"(-2)^2", 4},
-        {"2^-2", 0.25},
-        {"2*-3", -6},
-        {"+3-+1", 2},
-        {"-3*-1", 3},
-        {" \t1 +  2 ", 3},
-        {"((((1+1))))*2", 4},
-        {"sin(0.5)", std::sin(0.5)},
-        {"cos(0.5)+tan(0.5)", std::cos(0.5) + std::tan(0.5)},
-        {"asin(0.5)*acos(0.5)", std::asin(0.5) * std::acos(0.5)},
-        {"atan(1)*4", std::atan(1.0) * 4},
-        {"exp(2)", std::exp(2.0)},
-        {"ln(10)", std::log(10.0)},
-        {"log10(1000)", 3},
-        {"sqrt(2)", std::sqrt(2.0)},
-        {"abs(-3.5)", 3.5},
-        {"min(3,1,2)", 1},
-        {"max(3,1,2)", 3},
-        {"min(2,-5)", -5},
-        {"max(1,2,3,4,5,6,7,8,9,10,11,12)", 12},
-        {"max(min(4,2),1+1.5)", 2.5},
-        {"SIN(0.5)", std::sin(0.5)},
-        {"Sqrt (16)", 4},
-        {"pi", std::numbers::pi},
-        {"PI/2", std::numbers::pi / 2},
-        {"2*Pi", 2 * std::numbers::pi},
-        {"1.5E+03*2", 3000},
-        {"1e5+1", 100001},
-        {"2.5e-3*1000", 2.5},
-        {"1E2*1e-2", 1},
-        {".5+5.", 5.5},
-    };
-    for (const auto& C : Cases) {
-        const QString Text = QString::fromUtf8(C.Text);
+    const auto Check = [this](const char* Text, double Expected) {
         try {
-            EXPECT_DOUBLE_EQ(static_cast<double>(Calc(Text)), C.Expected) << C.Text;
+            EXPECT_DOUBLE_EQ(CalcD(Text), Expected) << Text;
         } catch (const EQXParserError& E) {
-            ADD_FAILURE() << C.Text << ": " << E.what();
+            ADD_FAILURE() << Text << ": " << E.what();
         }
-    }
-}
-
-TEST_F(ParserTest, PiIsTheDoubleNearestPi) {
-    EXPECT_EQ(Calc(QStringLiteral("pi")), static_cast<Extended>(std::numbers::pi));
+    };
+    // Power is right-associative and binds tighter than a sign; names are case-insensitive.
+    const TValueCase Arithmetic[] = {
+        {"1+2*3", 7},      {"(1+2)*3", 9},    {"10-4-3", 3},     {"10/4/5", 0.5},     {"2^3^2", 512},
+        {"2*3^2", 18},     {"-2^2", -4},      {"-(2)^2", -4},    {"(-2)^2", 4},       {"2^-2", 0.25},
+        {"2*-3", -6},      {"+3-+1", 2},      {" \t1 +  2 ", 3}, {"log10(1000)", 3},  {"abs(-3.5)", 3.5},
+        {"min(3,1,2)", 1}, {"max(3,1,2)", 3}, {"Sqrt (16)", 4},  {"1.5E+03*2", 3000}, {"2.5e-3*1000", 2.5},
+        {".5+5.", 5.5}};
+    for (const auto& C : Arithmetic)
+        Check(C.Text, C.Expected);
+    const TValueCase Functions[] = {{"max(min(4,2),1+1.5)", 2.5},
+                                    {"max(1,2,3,4,5,6,7,8,9,10,11,12)", 12},
+                                    {"sin(0.5)", std::sin(0.5)},
+                                    {"cos(0.5)+tan(0.5)", std::cos(0.5) + std::tan(0.5)},
+                                    {"asin(0.5)*acos(0.5)", std::asin(0.5) * std::acos(0.5)},
+                                    {"atan(1)*4", std::atan(1.0) * 4},
+                                    {"exp(2)", std::exp(2.0)},
+                                    {"ln(10)", std::log(10.0)},
+                                    {"sqrt(2)", std::sqrt(2.0)},
+                                    {"PI/2", std::numbers::pi / 2}};
+    for (const auto& C : Functions)
+        Check(C.Text, C.Expected);
 }
 
 TEST_F(ParserTest, PlainNumbersKeepExtendedPrecision) {
-    // The long double nearest 0.1 differs from the double nearest 0.1.
+    // pi is the double nearest pi; a number is the long double nearest its text, even with a sign
+    // apart or beyond double range.
+    EXPECT_EQ(Calc(QStringLiteral("pi")), static_cast<Extended>(std::numbers::pi));
     EXPECT_EQ(Calc(QStringLiteral("0.1")), 0.1L);
     EXPECT_NE(Calc(QStringLiteral("0.1")), static_cast<Extended>(0.1));
     EXPECT_EQ(Calc(QStringLiteral("  -0.1 ")), -0.1L);
-    EXPECT_EQ(Calc(QStringLiteral("1.000000000000000001")), 1.000000000000000001L);
     EXPECT_EQ(Calc(QStringLiteral("- 0.1")), -0.1L);
-    // Beyond double range but inside extended range: still a plain number.
+    EXPECT_EQ(Calc(QStringLiteral("1.000000000000000001")), 1.000000000000000001L);
     EXPECT_EQ(Calc(QStringLiteral("1e400")), 1e400L);
     UseDecimalComma();
     EXPECT_EQ(Calc(QStringLiteral("0,1")), 0.1L);
@@ -135,12 +124,11 @@ TEST_F(ParserTest, PlainNumbersKeepExtendedPrecision) {
 
 TEST_F(ParserTest, DecimalCommaUsesSemicolonBetweenArguments) {
     UseDecimalComma();
-    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("1,5*2"))), 3.0);
-    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("max(1,5;2,25)"))), 2.25);
-    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("min(1,5; 2; 0,25)"))), 0.25);
-    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("1,5E+03*2"))), 3000.0);
-    // A point is still read as a decimal point: there is nothing else it could mean.
-    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("1.5*2"))), 3.0);
+    EXPECT_DOUBLE_EQ(CalcD("1,5*2"), 3.0);
+    EXPECT_DOUBLE_EQ(CalcD("max(1,5;2,25)"), 2.25);
+    EXPECT_DOUBLE_EQ(CalcD("min(1,5; 2; 0,25)"), 0.25);
+    EXPECT_DOUBLE_EQ(CalcD("1,5E+03*2"), 3000.0);
+    EXPECT_DOUBLE_EQ(CalcD("1.5*2"), 3.0); // a point can only be a decimal point
     // "1,2" is one number here, so max gets one argument.
     EXPECT_EQ(ErrorOf(QStringLiteral("max(1,2)")),
               QStringLiteral("too few arguments for 'max' at position 1"));
@@ -155,18 +143,11 @@ TEST_F(ParserTest, DecimalCommaUsesSemicolonBetweenArguments) {
 }
 
 TEST_F(ParserTest, ResolvesVariablesThroughTheEvent) {
-    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("2*p1+1"), {{QStringLiteral("p1"), 10}})), 21.0);
-    EXPECT_DOUBLE_EQ(
-        static_cast<double>(Calc(QStringLiteral("T_amb-273.15"), {{QStringLiteral("T_amb"), 300}})),
-        300 - 273.15);
-    // Function names without "(" are ordinary identifiers.
-    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("abs*2+max"),
-                                              {{QStringLiteral("abs"), 3}, {QStringLiteral("max"), 1}})),
-                     7.0);
-    // Non-ASCII names reach the host unchanged.
-    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("Δp/2+Größe"),
-                                              {{QStringLiteral("Δp"), 4}, {QStringLiteral("Größe"), 1}})),
-                     3.0);
+    EXPECT_DOUBLE_EQ(CalcD("2*p1+1", {{QStringLiteral("p1"), 10}}), 21.0);
+    EXPECT_DOUBLE_EQ(CalcD("T_amb-273.15", {{QStringLiteral("T_amb"), 300}}), 300 - 273.15);
+    // Function names without "(" are ordinary identifiers; non-ASCII names reach the host unchanged.
+    EXPECT_DOUBLE_EQ(CalcD("abs*2+max", {{QStringLiteral("abs"), 3}, {QStringLiteral("max"), 1}}), 7.0);
+    EXPECT_DOUBLE_EQ(CalcD("Δp/2+Größe", {{QStringLiteral("Δp"), 4}, {QStringLiteral("Größe"), 1}}), 3.0);
 }
 
 TEST_F(ParserTest, EventSeesOwnerAndNamesAsTypedOncePerEvaluation) {
@@ -189,13 +170,8 @@ TEST_F(ParserTest, EventSeesOwnerAndNamesAsTypedOncePerEvaluation) {
     EXPECT_EQ(Asked.size(), 4u);
 }
 
-struct TErrorCase {
-    const char* Text;
-    const char* Message;
-};
-
 TEST_F(ParserTest, ReportsErrorsWithReasonAndPosition) {
-    const TErrorCase Cases[] = {
+    const char* Cases[][2] = {
         {"", "empty expression"},
         {"   ", "empty expression"},
         {"2*q", "unknown identifier 'q' at position 3"},
@@ -204,12 +180,10 @@ TEST_F(ParserTest, ReportsErrorsWithReasonAndPosition) {
         {"(1+2)*", "unexpected end of expression at position 7"},
         {"1+*2", "unexpected '*' at position 3"},
         {"--2", "unexpected '-' at position 2"},
-        {"1-+-2", "unexpected '-' at position 4"},
         {"*2", "unexpected '*' at position 1"},
         {"2 3", "missing operator before '3' at position 3"},
         {"2(3)", "missing operator before '(' at position 2"},
         {"pi pi", "missing operator before 'pi' at position 4"},
-        {"(1+2", "missing ')' for '(' at position 1"},
         {"((1)+(2)", "missing ')' for '(' at position 1"},
         {"1+2)", "unmatched ')' at position 4"},
         {"()", "unexpected ')' at position 2"},
@@ -217,10 +191,8 @@ TEST_F(ParserTest, ReportsErrorsWithReasonAndPosition) {
         {"3*MIN(3)", "too few arguments for 'MIN' at position 3"},
         {"max()", "unexpected ')' at position 5"},
         {"max(1,,2)", "unexpected ',' at position 7"},
-        {"sin()", "unexpected ')' at position 5"},
         {"1,2", "unexpected ',' at position 2"},
         {"(1,2)", "unexpected ',' at position 3"},
-        {"sinh(1)", "unknown function 'sinh' at position 1"},
         {"log(100)", "unknown function 'log' at position 1"},
         {"pi(2)", "unknown function 'pi' at position 1"},
         {"2x", "invalid number '2x' at position 1"},
@@ -229,8 +201,6 @@ TEST_F(ParserTest, ReportsErrorsWithReasonAndPosition) {
         {"1.2.3", "invalid number '1.2.3' at position 1"},
         {"1e999999", "number '1e999999' out of range at position 1"},
         {"2*1e-999999", "number '1e-999999' out of range at position 3"},
-        {"2#3", "invalid character '#' at position 2"},
-        {"1<2", "invalid character '<' at position 2"},
         {"p1=3", "invalid character '=' at position 3"},
         {"1\a", "invalid character U+0007 at position 2"},
         {"Δp+ü+€", "invalid character '€' at position 6"},
@@ -239,35 +209,23 @@ TEST_F(ParserTest, ReportsErrorsWithReasonAndPosition) {
         {"ln(0)", "division by zero"},
         {"1/(1/0)", "division by zero"},
         {"sqrt(-1)", "undefined result"},
-        {"asin(2)", "undefined result"},
         {"(-8)^(1/3)", "undefined result"},
         {"exp(1000)", "result out of range"},
         {"1e308*10/100", "result out of range"}, // an intermediate overflow, though the end is finite
     };
     for (const auto& C : Cases)
-        EXPECT_EQ(ErrorOf(QString::fromUtf8(C.Text)), QString::fromUtf8(C.Message)) << C.Text;
+        EXPECT_EQ(ErrorOf(QString::fromUtf8(C[0])), QString::fromUtf8(C[1])) << C[0];
 }
 
 TEST_F(ParserTest, ErrorMessagesNameTheDescription) {
     TQXParser P(&Owner);
     P.SetDescription(QStringLiteral("Grid1 expression in Flow"));
     P.SetExpression(QStringLiteral("2*q"));
-    try {
-        P.CalcValue();
-        ADD_FAILURE() << "no error";
-    } catch (const Exception& E) {
-        EXPECT_EQ(E.Message(),
-                  QStringLiteral("Grid1 expression in Flow: unknown identifier 'q' at position 3"));
-    }
+    EXPECT_EQ(MessageOf(P), QStringLiteral("Grid1 expression in Flow: unknown identifier 'q' at position 3"));
     // Without a description the reason stands alone.
     TQXParser Bare;
     Bare.SetExpression(QStringLiteral("1+"));
-    try {
-        Bare.CalcValue();
-        ADD_FAILURE() << "no error";
-    } catch (const EQXParserError& E) {
-        EXPECT_EQ(E.Message(), QStringLiteral("unexpected end of expression at position 3"));
-    }
+    EXPECT_EQ(MessageOf(Bare), QStringLiteral("unexpected end of expression at position 3"));
 }
 
 TEST_F(ParserTest, VariableErrorsComeAfterSyntaxAndNameTheIdentifier) {
@@ -275,34 +233,29 @@ TEST_F(ParserTest, VariableErrorsComeAfterSyntaxAndNameTheIdentifier) {
     TQXParser P(&Owner);
     P.SetOnCheckVariable([&](QObject*, const QString& Name, Extended& Value, bool& Found) {
         ++Calls;
-        if (Name == QStringLiteral("nan")) {
-            Value = std::numeric_limits<Extended>::quiet_NaN();
-            Found = true;
-        } else if (Name == QStringLiteral("huge")) {
-            Value = 1e400L; // fine as extended, not as double
-            Found = true;
-        }
+        Found = Name == QStringLiteral("nan") || Name == QStringLiteral("huge");
+        // 1e400 is fine as extended, not as double
+        Value = Name == QStringLiteral("nan") ? std::numeric_limits<Extended>::quiet_NaN() : 1e400L;
     });
-    const TErrorCase Cases[] = {
-        {"q+", "unexpected end of expression at position 3"},
-        {"2*nan", "identifier 'nan' has no finite value at position 3"},
-        {"huge/2", "identifier 'huge' has no finite value at position 1"},
+    const struct {
+        const char* Text;
+        const char* Message;
+        int Calls;
+    } Cases[] = {
+        {"q+", "unexpected end of expression at position 3", 0},
+        {"2*nan", "identifier 'nan' has no finite value at position 3", 1},
+        {"huge/2", "identifier 'huge' has no finite value at position 1", 1},
     };
     for (const auto& C : Cases) {
         Calls = 0;
         P.SetExpression(QString::fromUtf8(C.Text));
-        try {
-            P.CalcValue();
-            ADD_FAILURE() << C.Text << ": no error";
-        } catch (const EQXParserError& E) {
-            EXPECT_EQ(E.Message(), QString::fromUtf8(C.Message)) << C.Text;
-        }
-        EXPECT_EQ(Calls, QByteArray(C.Text) == "q+" ? 0 : 1) << C.Text;
+        EXPECT_EQ(MessageOf(P), QString::fromUtf8(C.Message)) << C.Text;
+        EXPECT_EQ(Calls, C.Calls) << C.Text;
     }
     // No event at all: every identifier is unknown.
     TQXParser NoEvent;
     NoEvent.SetExpression(QStringLiteral("1 + T_amb"));
-    EXPECT_THROW(NoEvent.CalcValue(), EQXParserError);
+    EXPECT_EQ(MessageOf(NoEvent), QStringLiteral("unknown identifier 'T_amb' at position 5"));
 }
 
 TEST_F(ParserTest, CapsLengthAndNesting) {
@@ -333,7 +286,6 @@ TEST_F(ParserTest, HostileInputGivesValueOrError) {
                                             "(",  ")",   ")",    "+",    "-",    "*",    "/",    "^",
                                             ",",  ";",   "sin(", "max(", "min(", "abs(", "ln(",  "sqrt(",
                                             "  ", "e",   "E5",   "0",    "1,5",  "MAX(", "exp(", "Δp"};
-    const unsigned AlphabetSize = static_cast<unsigned>(std::size(Alphabet) - 1);
     std::mt19937 Rng(12345);
     TQXParser P(&Owner);
     P.SetDescription(QStringLiteral("fuzz"));
@@ -341,23 +293,17 @@ TEST_F(ParserTest, HostileInputGivesValueOrError) {
         Found = Name != QStringLiteral("y");
         Value = Name.size();
     });
-    int Values = 0;
-    int Errors = 0;
+    int Values = 0, Errors = 0;
     const auto Start = std::chrono::steady_clock::now();
     for (int I = 0; I < 40000; ++I) {
         QString Text;
-        if (I % 2 == 0) {
-            for (unsigned K = Rng() % 40; K > 0; --K)
-                Text += QChar(Alphabet[Rng() % AlphabetSize]);
-        } else {
-            for (unsigned K = Rng() % 14; K > 0; --K)
-                Text += QString::fromUtf8(Fragments[Rng() % std::size(Fragments)]);
-        }
+        for (unsigned K = Rng() % (I % 2 ? 14 : 40); K > 0; --K)
+            Text += I % 2 ? QString::fromUtf8(Fragments[Rng() % std::size(Fragments)])
+                          : QString(QChar(Alphabet[Rng() % (std::size(Alphabet) - 1)]));
         if (I % 3 == 0) NumInpFormatSettings.DecimalSeparator = QLatin1Char(I % 5 ? '.' : ',');
         P.SetExpression(Text);
         try {
-            const Extended V = P.CalcValue();
-            EXPECT_TRUE(std::isfinite(V)) << Text.toStdString();
+            EXPECT_TRUE(std::isfinite(P.CalcValue())) << Text.toStdString();
             ++Values;
         } catch (const EQXParserError& E) {
             EXPECT_TRUE(E.Message().startsWith(QStringLiteral("fuzz: "))) << Text.toStdString();
@@ -376,9 +322,8 @@ TEST_F(ParserTest, HostileInputGivesValueOrError) {
 TEST_F(ParserTest, CallersFloatingPointFlagsAreKept) {
     std::feclearexcept(FE_ALL_EXCEPT);
     std::feraiseexcept(FE_DIVBYZERO);
-    // A flag raised before the call is no error of this expression...
-    EXPECT_DOUBLE_EQ(static_cast<double>(Calc(QStringLiteral("1+1*2"))), 3.0);
-    // ...and is still set afterwards.
+    // A flag raised before the call is no error of this expression, and is still set afterwards.
+    EXPECT_DOUBLE_EQ(CalcD("1+1*2"), 3.0);
     EXPECT_TRUE(std::fetestexcept(FE_DIVBYZERO));
     std::feclearexcept(FE_ALL_EXCEPT);
     EXPECT_EQ(ErrorOf(QStringLiteral("1/0")), QStringLiteral("division by zero"));
