@@ -75,7 +75,7 @@ extern const TParFormatArray ParformatStd;
 // integer) reads factor 1, no unit and the picture of ptNone.
 double ParScaleOf(TParType ParType, TUnitSystem UnitSystem);
 QString ParUnitStrOf(TParType ParType, TUnitSystem UnitSystem);
-QString ParFormatOf(TParType ParType, TUnitSystem UnitSystem);
+const QString& ParFormatOf(TParType ParType, TUnitSystem UnitSystem);
 
 // Copies the three standard tables into the working tables.
 void SetStdFormats();

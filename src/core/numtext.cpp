@@ -91,9 +91,12 @@ QString UnscaledFormat(TParType ParType, TUnitSystem UnitSystem, const QString& 
 
 QString ParToStr(TParType ParType, TUnitSystem UnitSystem, const QString& Format, bool Scaled, Extended Value,
                  const TFormatSettings& Settings) {
-    if (Scaled)
-        return FormatFloat(EffectiveFormat(ParType, UnitSystem, Format),
-                           Value / static_cast<Extended>(ParScaleOf(ParType, UnitSystem)));
+    if (Scaled) {
+        // This runs for every value an edit or grid cell shows: no picture copy, no identity division.
+        const QString& Picture = Format.isEmpty() ? ParFormatOf(ParType, UnitSystem) : Format;
+        const double F = ParScaleOf(ParType, UnitSystem);
+        return FormatFloat(Picture, F == 1.0 ? Value : Value / static_cast<Extended>(F));
+    }
     return FormatFloat(UnscaledFormat(ParType, UnitSystem, Format, Settings), Value);
 }
 
@@ -107,7 +110,9 @@ QString ValueString(Extended Value, TDataType DataType, TNumericType NumericType
                     Extended CustomScale, Extended ScaleOffset, bool Scaled, bool TrimZeroes,
                     const TFormatSettings& Settings) {
     Extended V = Value;
-    if (Scaled) V = Value / CustomScale + ScaleOffset;
+    // Skipping the identity division keeps the common case cheap; "+ 0" still turns -0 into +0
+    // exactly as the full expression would.
+    if (Scaled) V = CustomScale == 1.0L ? Value + ScaleOffset : Value / CustomScale + ScaleOffset;
 
     if (IsIntegerDataType(DataType)) {
         // Round covers the 64-bit range; beyond it (and for NaN) the float text says what is there.

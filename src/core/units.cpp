@@ -91,7 +91,7 @@ QString ParUnitStrOf(TParType ParType, TUnitSystem UnitSystem) {
     return InTables(ParType, UnitSystem) ? ParUnitStr[ParType][UnitSystem] : QString();
 }
 
-QString ParFormatOf(TParType ParType, TUnitSystem UnitSystem) {
+const QString& ParFormatOf(TParType ParType, TUnitSystem UnitSystem) {
     return InTables(ParType, UnitSystem) ? ParFormat[ParType][UnitSystem] : ParFormat[ptNone][usSI];
 }
 
