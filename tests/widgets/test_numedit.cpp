@@ -5,13 +5,13 @@
 #include <qxnum/widgets/numedit.h>
 
 #include "dialogrecorder.h"
+#include "widgettest.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QElapsedTimer>
 #include <QMenu>
 #include <QPushButton>
 #include <QRandomGenerator>
@@ -28,31 +28,15 @@
 using namespace qxnum;
 using qxnum::test::DialogRecorder;
 
+using qxnum::test::Activate;
+using qxnum::test::WaitFor;
+
 namespace {
 
 constexpr Extended Psi = 6894.76L;
 
 double D(Extended V) {
     return static_cast<double>(V);
-}
-
-bool WaitFor(const std::function<bool()>& Pred, int Ms = 3000) {
-    QElapsedTimer T;
-    T.start();
-    while (!Pred()) {
-        if (T.elapsed() > Ms) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
-}
-
-// Shows Window, makes it active and gives Focus the focus.
-bool Activate(QWidget& Window, QWidget* Focus) {
-    Window.show();
-    Window.activateWindow();
-    if (!QTest::qWaitForWindowActive(&Window)) return false;
-    Focus->setFocus(Qt::OtherFocusReason);
-    return WaitFor([Focus] { return Focus->hasFocus(); });
 }
 
 void Retype(TNumEdit* E, const QString& Text) {
@@ -77,7 +61,7 @@ struct TForm {
         }
         L->addWidget(new QPushButton(QStringLiteral("Go"), &W));
     }
-    bool Activate(QWidget* Focus) { return ::Activate(W, Focus); }
+    bool Activate(QWidget* Focus) { return test::Activate(W, Focus); }
     void Leave() { E2->setFocus(Qt::TabFocusReason); }
 };
 

@@ -2,8 +2,9 @@
 // selection highlight, negative and read-only colours, at device pixel ratios 1 and 2.
 #include <qxnum/widgets/numedit.h>
 
+#include "widgettest.h"
+
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QImage>
 #include <QPainter>
 #include <QTest>
@@ -15,16 +16,6 @@
 using namespace qxnum;
 
 namespace {
-
-bool WaitFor(const std::function<bool()>& Pred, int Ms = 3000) {
-    QElapsedTimer T;
-    T.start();
-    while (!Pred()) {
-        if (T.elapsed() > Ms) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
-}
 
 // Renders W at the given device pixel ratio into a white image.
 QImage Render(QWidget* W, qreal Dpr) {
@@ -78,11 +69,7 @@ struct TForm {
         W.show();
         W.activateWindow();
     }
-    bool Focus(QWidget* Target) {
-        if (!QTest::qWaitForWindowActive(&W)) return false;
-        Target->setFocus(Qt::TabFocusReason);
-        return WaitFor([Target] { return Target->hasFocus(); });
-    }
+    bool Focus(QWidget* Target) { return test::Activate(W, Target, Qt::TabFocusReason); }
 };
 
 } // namespace
