@@ -3,6 +3,8 @@
 // it is loaded; without it, messages go to stderr and are answered with the default result.
 #pragma once
 
+#include <qxnum/core_export.h>
+
 #include <QFlags>
 #include <QString>
 
@@ -54,11 +56,12 @@ using TMessageDlgHandler =
     std::function<int(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons)>;
 
 // Shows Msg and returns the modal result of the button pressed.
-int MessageDlg(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons, int HelpCtx = 0);
+QXNUM_CORE_EXPORT int MessageDlg(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons,
+                                 int HelpCtx = 0);
 // Replaces the handler and returns the previous one. An empty handler restores the built-in one.
-TMessageDlgHandler SetMessageDlgHandler(TMessageDlgHandler Handler);
+QXNUM_CORE_EXPORT TMessageDlgHandler SetMessageDlgHandler(TMessageDlgHandler Handler);
 // The result a dialog gives when it is closed without a button: Cancel when offered, else the
 // only affirmative button offered (OK, Yes), else mrNone.
-int DefaultDialogResult(TMsgDlgButtons Buttons);
+QXNUM_CORE_EXPORT int DefaultDialogResult(TMsgDlgButtons Buttons);
 
 } // namespace qxnum

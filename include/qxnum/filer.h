@@ -85,7 +85,7 @@ QXNUM_ENUM_NAMES(TValueType, "vaNull", "vaList", "vaInt8", "vaInt16", "vaInt32",
 
 // Raised by TReader for malformed or truncated streams. Offset is the stream position the
 // message refers to (the tag of the offending value, or where the data ran out).
-class EReadError : public Exception {
+class QXNUM_CORE_EXPORT EReadError : public Exception {
 public:
     explicit EReadError(const QString& Message, qint64 Offset = -1) : Exception(Message), FOffset(Offset) {}
     qint64 Offset() const noexcept { return FOffset; }
@@ -96,7 +96,7 @@ private:
 
 // Raised by TWriter when the device refuses data ("Stream write error"), or for a value the
 // encoding cannot hold (an identifier longer than 255 bytes).
-class EWriteError : public Exception {
+class QXNUM_CORE_EXPORT EWriteError : public Exception {
 public:
     using Exception::Exception;
 };
@@ -108,29 +108,29 @@ using TExt80Bytes = std::array<quint8, 10>;
 
 // Exact on hosts whose long double has a 64-bit significand (x86-64); NaN keeps its sign, not its
 // payload (written as the quiet NaN C000000000000000).
-TExt80Bytes ExtendedToExt80(Extended Value);
+QXNUM_CORE_EXPORT TExt80Bytes ExtendedToExt80(Extended Value);
 // Reads an 80-bit pattern: normals and denormals by value, pseudo-denormals (exponent 0 with the
 // integer bit set) by value as the x87 does, infinities and NaNs as such. Unnormals, pseudo-
 // infinities and pseudo-NaNs (integer bit clear with a non-zero exponent) are invalid operands on
 // every FPU since the 387: they read as a quiet NaN with the pattern's sign.
-Extended Ext80ToExtended(const TExt80Bytes& Bytes);
+QXNUM_CORE_EXPORT Extended Ext80ToExtended(const TExt80Bytes& Bytes);
 // The same pattern rounded to a double, half to even, from the bits (overflow -> infinity,
 // denormal results rounded correctly, infinities and NaN kept).
-double Ext80ToDouble(const TExt80Bytes& Bytes);
+QXNUM_CORE_EXPORT double Ext80ToDouble(const TExt80Bytes& Bytes);
 // The value of a pattern given by its fields, e.g. MakeExtended(true, 0x7FE1, 0x89705F4136B4A597).
-Extended MakeExtended(bool Negative, quint16 Exponent, quint64 Mantissa);
+QXNUM_CORE_EXPORT Extended MakeExtended(bool Negative, quint16 Exponent, quint64 Mantissa);
 
 // --- Dates: double days since 1899-12-30 --------------------------------------------------------
 
 // Wall-clock date and time (no time zone conversion), to the millisecond. The integer part counts
 // days, the fraction is the time of day also for dates before 1899-12-30 (-1.25 is 1899-12-29 06:00).
-double DateTimeToFileDate(const QDateTime& Value);
+QXNUM_CORE_EXPORT double DateTimeToFileDate(const QDateTime& Value);
 // Invalid QDateTime for NaN, infinities and days outside QDate's range; local-time spec.
-QDateTime FileDateToDateTime(double Days);
+QXNUM_CORE_EXPORT QDateTime FileDateToDateTime(double Days);
 
 // --- Writer -------------------------------------------------------------------------------------
 
-class TWriter {
+class QXNUM_CORE_EXPORT TWriter {
 public:
     explicit TWriter(QIODevice* Stream, int BufSize = 4096);
     // Flushes; a device error at this point is swallowed (call FlushBuffer to see it).
@@ -184,7 +184,7 @@ private:
 
 // --- Reader -------------------------------------------------------------------------------------
 
-class TReader {
+class QXNUM_CORE_EXPORT TReader {
 public:
     explicit TReader(QIODevice* Stream, int BufSize = 4096);
     // Gives back the read-ahead (seeks the device to Position()).

@@ -1,12 +1,14 @@
 // Number and date format settings, the library's equivalent of a locale record.
 #pragma once
 
+#include <qxnum/core_export.h>
+
 #include <QChar>
 #include <QString>
 
 namespace qxnum {
 
-struct TFormatSettings {
+struct QXNUM_CORE_EXPORT TFormatSettings {
     QChar DecimalSeparator = QLatin1Char('.');
     QChar ThousandSeparator = QLatin1Char(',');
     QString CurrencyString = QStringLiteral("$");
@@ -27,8 +29,8 @@ struct TFormatSettings {
 };
 
 // Settings of the generic float path (FormatFloat, FloatToStrF without explicit settings).
-extern TFormatSettings FormatSettings;
+QXNUM_CORE_EXPORT extern TFormatSettings FormatSettings;
 // Settings of the parameter-type path and of the numeric controls; made once at start-up.
-extern TFormatSettings NumInpFormatSettings;
+QXNUM_CORE_EXPORT extern TFormatSettings NumInpFormatSettings;
 
 } // namespace qxnum

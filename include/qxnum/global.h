@@ -2,6 +2,8 @@
 // enumeration-name helpers used for the names written into files.
 #pragma once
 
+#include <qxnum/core_export.h>
+
 #include <QByteArray>
 #include <QString>
 
@@ -15,7 +17,7 @@ namespace qxnum {
 using Extended = long double;
 
 // Base of every exception the library raises; the message is kept as Unicode text.
-class Exception : public std::exception {
+class QXNUM_CORE_EXPORT Exception : public std::exception {
 public:
     explicit Exception(const QString& Message) : FMessage(Message), FUtf8(Message.toUtf8()) {}
     const QString& Message() const noexcept { return FMessage; }
@@ -27,7 +29,7 @@ private:
 };
 
 // Text that is not a number, a boolean or a name where one is required.
-class EConvertError : public Exception {
+class QXNUM_CORE_EXPORT EConvertError : public Exception {
 public:
     using Exception::Exception;
 };

@@ -20,22 +20,23 @@ enum TFloatFormat : quint8 { ffGeneral, ffExponent, ffFixed, ffNumber, ffCurrenc
 //   exponent, or else the end of the section) is; a scientific picture prints as many mantissa
 //   digits as it has placeholders (at least one);
 // - a fixed value with 18 or more integer digits, NaN and infinities give FloatToStrF(v, ffGeneral, 15, 0).
-QString FormatFloat(const QString& Format, Extended Value); // global FormatSettings
-QString FormatFloat(const QString& Format, Extended Value, const TFormatSettings& Settings);
+QXNUM_CORE_EXPORT QString FormatFloat(const QString& Format, Extended Value); // global FormatSettings
+QXNUM_CORE_EXPORT QString FormatFloat(const QString& Format, Extended Value, const TFormatSettings& Settings);
 
 // The five float forms; Precision is clamped to 2..18. Digits is clamped to 0..18 (decimals of
 // ffFixed, ffNumber, ffCurrency) or 0..4 (exponent digits of ffGeneral and ffExponent). NaN and
 // infinities give "NAN", "INF", "-INF"; a value that rounds to zero never shows a '-'.
 // A null ThousandSeparator means no grouping.
-QString FloatToStrF(Extended Value, TFloatFormat Format, int Precision, int Digits); // global FormatSettings
-QString FloatToStrF(Extended Value, TFloatFormat Format, int Precision, int Digits,
-                    const TFormatSettings& Settings);
+QXNUM_CORE_EXPORT QString FloatToStrF(Extended Value, TFloatFormat Format, int Precision,
+                                      int Digits); // global FormatSettings
+QXNUM_CORE_EXPORT QString FloatToStrF(Extended Value, TFloatFormat Format, int Precision, int Digits,
+                                      const TFormatSettings& Settings);
 // FloatToStrF(Value, ffGeneral, 15, 0).
-QString FloatToStr(Extended Value);
-QString FloatToStr(Extended Value, const TFormatSettings& Settings);
+QXNUM_CORE_EXPORT QString FloatToStr(Extended Value);
+QXNUM_CORE_EXPORT QString FloatToStr(Extended Value, const TFormatSettings& Settings);
 
 // "%*s": S padded with blanks to |Width|; a negative width left-justifies. Longer text is kept whole.
-QString FormatWidth(int Width, const QString& S);
+QXNUM_CORE_EXPORT QString FormatWidth(int Width, const QString& S);
 
 // Removes the non-significant trailing zeros of the decimal part of the first number in S, and then
 // a trailing separator: "2.500" -> "2.5", "2.000" -> "2", "1.2500E+03" -> "1.25E+03",
@@ -43,12 +44,12 @@ QString FormatWidth(int Width, const QString& S);
 // ".000" becomes "0". The separator is the DecimalSeparator of the global FormatSettings, the settings
 // that ValueString's texts are formatted with; '.' is not taken as well, because it may be the
 // thousands separator there.
-QString TrimNumZeroes(const QString& S);
-QString TrimNumZeroes(const QString& S, const TFormatSettings& Settings);
+QXNUM_CORE_EXPORT QString TrimNumZeroes(const QString& S);
+QXNUM_CORE_EXPORT QString TrimNumZeroes(const QString& S, const TFormatSettings& Settings);
 
 // Rounds half to even to a 64-bit integer (0.5 -> 0, 1.5 -> 2, -2.5 -> -2). Values beyond the
 // 64-bit range saturate to its ends; NaN gives 0.
-qint64 Round(Extended Value);
+QXNUM_CORE_EXPORT qint64 Round(Extended Value);
 
 // Decimal parsing. Accepted: blanks around the text (Unicode white space), an optional sign, ASCII
 // digits with at most one decimal separator (".5" and "5." are fine, "." is not), an optional
@@ -60,15 +61,17 @@ qint64 Round(Extended Value);
 // The result is the correctly rounded value of the decimal text in the target type. A magnitude
 // beyond the target's range is an error (as the original's overflow error); an underflow gives the
 // nearest denormal or zero.
-Extended QX_StrToFloat(const QString& S); // throws EConvertError "'S' is not a valid floating point value"
-bool TryQX_StrToFloat(const QString& S, double& Value);   // Value untouched on failure
-bool TryQX_StrToFloat(const QString& S, Extended& Value); // Value untouched on failure
-Extended QX_StrToFloatDef(const QString& S, Extended Default);
+QXNUM_CORE_EXPORT Extended
+QX_StrToFloat(const QString& S); // throws EConvertError "'S' is not a valid floating point value"
+QXNUM_CORE_EXPORT bool TryQX_StrToFloat(const QString& S, double& Value);   // Value untouched on failure
+QXNUM_CORE_EXPORT bool TryQX_StrToFloat(const QString& S, Extended& Value); // Value untouched on failure
+QXNUM_CORE_EXPORT Extended QX_StrToFloatDef(const QString& S, Extended Default);
 // The same with explicit settings.
-Extended QX_StrToFloat(const QString& S, const TFormatSettings& Settings);
-bool TryQX_StrToFloat(const QString& S, double& Value, const TFormatSettings& Settings);
-bool TryQX_StrToFloat(const QString& S, Extended& Value, const TFormatSettings& Settings);
-Extended QX_StrToFloatDef(const QString& S, Extended Default, const TFormatSettings& Settings);
+QXNUM_CORE_EXPORT Extended QX_StrToFloat(const QString& S, const TFormatSettings& Settings);
+QXNUM_CORE_EXPORT bool TryQX_StrToFloat(const QString& S, double& Value, const TFormatSettings& Settings);
+QXNUM_CORE_EXPORT bool TryQX_StrToFloat(const QString& S, Extended& Value, const TFormatSettings& Settings);
+QXNUM_CORE_EXPORT Extended QX_StrToFloatDef(const QString& S, Extended Default,
+                                            const TFormatSettings& Settings);
 
 // An amount in words in dollars and cents, rounded to cents half away from zero (exactly, on the
 // decimal text): "1234.5" -> "one thousand two hundred thirty-four dollars and fifty cents",
@@ -78,7 +81,7 @@ Extended QX_StrToFloatDef(const QString& S, Extended Default, const TFormatSetti
 // that record's CurrencyString before or after the number, thousands separators in groups of three,
 // and parentheses for a negative amount. Up to 999 quintillion dollars.
 // Throws EConvertError for text that is not an amount or is too large.
-QString MoneyStr(const QString& Amount);
+QXNUM_CORE_EXPORT QString MoneyStr(const QString& Amount);
 
 namespace detail {
 // The 18 significant digits of |Value| (finite), correctly rounded from the binary value with ties

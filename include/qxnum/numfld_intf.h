@@ -24,7 +24,7 @@ inline constexpr char INumFldIID[] = "{3B540773-C5BE-4307-8964-983787301682}";
 // A node event: the field (Sender) and the XML node it is writing.
 using TXmlNodeEvent = std::function<void(QObject* Sender, TXmlNode Node)>;
 
-class INumFld {
+class QXNUM_CORE_EXPORT INumFld {
 public:
     virtual ~INumFld();
 

@@ -33,7 +33,9 @@
 // the whole text or its result have no position part; without a description the reason stands alone.
 #pragma once
 
-#include "qxnum/global.h"
+#include <qxnum/core_export.h>
+
+#include <qxnum/global.h>
 
 #include <QString>
 
@@ -44,7 +46,7 @@ class QObject;
 
 namespace qxnum {
 
-class EQXParserError : public Exception {
+class QXNUM_CORE_EXPORT EQXParserError : public Exception {
 public:
     using Exception::Exception;
 };
@@ -54,7 +56,7 @@ public:
 using TOnCheckVariableEvent =
     std::function<void(QObject* Sender, const QString& Identifier, Extended& Value, bool& Found)>;
 
-class TQXParser {
+class QXNUM_CORE_EXPORT TQXParser {
 public:
     explicit TQXParser(QObject* Owner = nullptr);
     ~TQXParser();

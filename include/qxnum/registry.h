@@ -29,37 +29,37 @@ namespace qxnum {
 // Creates a component owned by Owner (its QObject parent; nullptr: no owner).
 using TComponentFactory = std::function<QObject*(QObject* Owner)>;
 
-void RegisterClass(const QString& ClassName, TComponentFactory Factory);
+QXNUM_CORE_EXPORT void RegisterClass(const QString& ClassName, TComponentFactory Factory);
 // Removes a registration; false when the name was not registered.
-bool UnRegisterClass(const QString& ClassName);
+QXNUM_CORE_EXPORT bool UnRegisterClass(const QString& ClassName);
 // The factory of a registered class; empty when the name is unknown.
-TComponentFactory GetClass(const QString& ClassName);
+QXNUM_CORE_EXPORT TComponentFactory GetClass(const QString& ClassName);
 // Names as registered, sorted.
-QStringList RegisteredClasses();
+QXNUM_CORE_EXPORT QStringList RegisteredClasses();
 // A new instance of a registered class; nullptr when the name is unknown.
-QObject* CreateComponent(const QString& ClassName, QObject* Owner);
+QXNUM_CORE_EXPORT QObject* CreateComponent(const QString& ClassName, QObject* Owner);
 
-struct TClassRegistrar {
+struct QXNUM_CORE_EXPORT TClassRegistrar {
     TClassRegistrar(const char* ClassName, TComponentFactory Factory);
 };
 
 // Frames are containers whose components belong to the frame, not to the form around it. A
 // QObject is a frame when its class (by Qt meta-object name) inherits one of the registered
 // frame classes; "qxnum::TFieldFrame" is registered from the start (it must carry Q_OBJECT).
-void RegisterFrameClass(const char* QtClassName);
-bool IsFieldFrame(const QObject* Object);
+QXNUM_CORE_EXPORT void RegisterFrameClass(const char* QtClassName);
+QXNUM_CORE_EXPORT bool IsFieldFrame(const QObject* Object);
 
 // The components of a form or frame: its QObject descendants in depth-first child order, not
 // descending into frames (a frame is listed, its content is not) nor into fields (objects that
 // support INumFld: their children are their own sub-objects). Deterministic; this is the order
 // fields are written to streams.
-QList<QObject*> ComponentsOf(QObject* Owner);
+QXNUM_CORE_EXPORT QList<QObject*> ComponentsOf(QObject* Owner);
 // The component of Owner whose objectName is Name: the first exact match in component order,
 // else the first match ignoring case; nullptr for an empty name or when there is none.
-QObject* FindComponent(QObject* Owner, const QString& Name);
+QXNUM_CORE_EXPORT QObject* FindComponent(QObject* Owner, const QString& Name);
 
 // The field contract of a component, nullptr when it has none.
-INumFld* Supports(QObject* Object);
-bool Supports(QObject* Object, INumFld*& Field);
+QXNUM_CORE_EXPORT INumFld* Supports(QObject* Object);
+QXNUM_CORE_EXPORT bool Supports(QObject* Object, INumFld*& Field);
 
 } // namespace qxnum

@@ -56,7 +56,7 @@ namespace qxnum {
 
 // A malformed document, or an invalid name handed to a write operation. Line and column count
 // from 1 (the column in characters); both are 0 when there is no position.
-class EXmlError : public Exception {
+class QXNUM_CORE_EXPORT EXmlError : public Exception {
 public:
     EXmlError(const QString& Reason, int Line, int Column, const QString& Source = {});
     const QString& Reason() const noexcept { return FReason; }
@@ -72,7 +72,7 @@ private:
 class TXmlDocument;
 struct TXmlDocumentData;
 
-class TXmlNode {
+class QXNUM_CORE_EXPORT TXmlNode {
 public:
     TXmlNode() = default;
 
@@ -186,7 +186,7 @@ private:
     void* FNode = nullptr; // the element inside the document's tree
 };
 
-class TXmlDocument {
+class QXNUM_CORE_EXPORT TXmlDocument {
 public:
     TXmlDocument();
     ~TXmlDocument();
@@ -221,13 +221,13 @@ private:
 
 // Text forms of the typed values, as the node readers and writers use them. The Try forms
 // return false for text that is not of the type and leave Value untouched.
-QString XmlBoolToStr(bool Value);
-bool XmlTryStrToBool(const QString& Text, bool& Value);
-QString XmlIntToStr(int Value);
-bool XmlTryStrToInt(const QString& Text, int& Value);
-QString XmlFloatToStr(double Value);
-bool XmlTryStrToFloat(const QString& Text, double& Value);
-QString XmlDateTimeToStr(const QDateTime& Value);
-bool XmlTryStrToDateTime(const QString& Text, QDateTime& Value);
+QXNUM_CORE_EXPORT QString XmlBoolToStr(bool Value);
+QXNUM_CORE_EXPORT bool XmlTryStrToBool(const QString& Text, bool& Value);
+QXNUM_CORE_EXPORT QString XmlIntToStr(int Value);
+QXNUM_CORE_EXPORT bool XmlTryStrToInt(const QString& Text, int& Value);
+QXNUM_CORE_EXPORT QString XmlFloatToStr(double Value);
+QXNUM_CORE_EXPORT bool XmlTryStrToFloat(const QString& Text, double& Value);
+QXNUM_CORE_EXPORT QString XmlDateTimeToStr(const QDateTime& Value);
+QXNUM_CORE_EXPORT bool XmlTryStrToDateTime(const QString& Text, QDateTime& Value);
 
 } // namespace qxnum

@@ -63,7 +63,7 @@ namespace qxnum {
 // TXmlNodeEvent (Sender, Node), the type of OnAfterXMLWrite and OnXmlWriteValueChanged, comes
 // from numfld_intf.h; TNotifyEvent (Sender) from numedit.h.
 
-class TFieldBase : public INumFld {
+class QXNUM_WIDGETS_EXPORT TFieldBase : public INumFld {
 public:
     // Control is the widget this field is; the base keeps the pointer and never owns it.
     explicit TFieldBase(QWidget* Control);
@@ -178,7 +178,7 @@ private:
 
 // A field whose copy value and form-create value are one value of type T: HasChanged,
 // SetCopyValue, RestoreCopyValue, SetFormCreateVal and ResetToFormCreateVal for free.
-template <typename T> class TValueField : public TFieldBase {
+template <typename T> class QXNUM_WIDGETS_EXPORT TValueField : public TFieldBase {
 public:
     using TFieldBase::TFieldBase;
 

@@ -41,22 +41,15 @@ class QGridLayout;
 namespace qxnum {
 
 // State of a check-list item; the names are the ones written to XML, the ordinals the stream's.
-enum TCheckBoxState : quint8 { cbUnchecked, cbChecked, cbGrayed };
-QXNUM_ENUM_NAMES(TCheckBoxState, "cbUnchecked", "cbChecked", "cbGrayed")
-
-// Style of a combo box; only csDropDownList (2, a list without an edit) behaves differently here.
-enum TComboBoxStyle : quint8 { csDropDown, csSimple, csDropDownList, csOwnerDrawFixed, csOwnerDrawVariable };
-QXNUM_ENUM_NAMES(TComboBoxStyle, "csDropDown", "csSimple", "csDropDownList", "csOwnerDrawFixed",
-                 "csOwnerDrawVariable")
 
 // Display text of a list of captions: joined by "; ", and once the text is longer than 120
 // characters, "..." is appended and the rest left out. Shared by the check-list field and tests.
-QString JoinCaptions(const QStringList& Captions);
+QXNUM_WIDGETS_EXPORT QString JoinCaptions(const QStringList& Captions);
 
 // --- Text ---------------------------------------------------------------------------------------
 
 // A single-line text. GetReadOnly is the edit's ReadOnly; the variant value is the text.
-class TStringFld : public QLineEdit, public TValueField<QString> {
+class QXNUM_WIDGETS_EXPORT TStringFld : public QLineEdit, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 
@@ -88,7 +81,7 @@ protected:
 // reads back as the empty text too). The copy value is the whole text. GetValueText shows the first
 // 120 characters and "..." when the text is longer (119 when the 120th would split a surrogate
 // pair). GetReadOnly is the memo's ReadOnly.
-class TMemoFld : public QPlainTextEdit, public TValueField<QString> {
+class QXNUM_WIDGETS_EXPORT TMemoFld : public QPlainTextEdit, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 
@@ -122,7 +115,7 @@ protected:
 // --- Buttons ------------------------------------------------------------------------------------
 
 // A check box; its value is Checked (a partially checked tri-state box is not Checked).
-class TCheckFld : public QCheckBox, public TValueField<bool> {
+class QXNUM_WIDGETS_EXPORT TCheckFld : public QCheckBox, public TValueField<bool> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 
@@ -152,7 +145,7 @@ protected:
 // A radio button. SetChecked(false) unchecks it also when it is the checked button of its
 // auto-exclusive siblings (Qt alone refuses that), so a read or a restore can always clear it;
 // SetChecked(true) unchecks the siblings as usual.
-class TRadioBtnFld : public QRadioButton, public TValueField<bool> {
+class QXNUM_WIDGETS_EXPORT TRadioBtnFld : public QRadioButton, public TValueField<bool> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 
@@ -184,7 +177,7 @@ protected:
 // button (-1, or past the last item, e.g. from a file written when the group had more items)
 // checks none and is kept as it is, so writing the field back loses nothing, and setting the
 // items later checks the button it names. A click on a button sets ItemIndex and fires OnClick.
-class TRadioGrpFld : public QGroupBox, public TValueField<int> {
+class QXNUM_WIDGETS_EXPORT TRadioGrpFld : public QGroupBox, public TValueField<int> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 
@@ -252,7 +245,7 @@ private:
 // XmlValueChanged: with "Items", changed when the entries are not exactly the current items with
 // their states (an item without an entry, a different state, or a different number of entries);
 // without it, ChangedAfterOK.
-class TCheckListBoxFld : public QListWidget, public TValueField<QList<TCheckBoxState>> {
+class QXNUM_WIDGETS_EXPORT TCheckListBoxFld : public QListWidget, public TValueField<QList<TCheckBoxState>> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 
@@ -315,7 +308,7 @@ private:
 // text: when the value after ItemIndex is not a string (any of the filer's string tags 06, 0C, 12,
 // 14), the text the box had before the read is kept. XML: "ItemIndex" and "Text".
 // GetValueText is the selected item's text, or the edit text when ItemIndex names no item.
-class TComboBoxFld : public QComboBox, public TFieldBase {
+class QXNUM_WIDGETS_EXPORT TComboBoxFld : public QComboBox, public TFieldBase {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 
@@ -389,7 +382,7 @@ private:
 // alone (midnight).
 // GetValueText: FormatSettings' ShortDateFormat, then a blank and LongTimeFormat unless the time
 // is midnight (both are Qt date-time patterns).
-class TDateTimePickerFld : public QDateTimeEdit, public TValueField<QDateTime> {
+class QXNUM_WIDGETS_EXPORT TDateTimePickerFld : public QDateTimeEdit, public TValueField<QDateTime> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 

@@ -56,6 +56,8 @@
 // Handlers connected directly to textChanged run after that window.
 #pragma once
 
+#include <qxnum/widgets_export.h>
+
 #include <qxnum/dialogs.h>
 #include <qxnum/numtext.h>
 #include <qxnum/parser.h>
@@ -81,7 +83,7 @@ using TGetNumTextEvent = std::function<void(QObject* Sender, QString& NumText, E
 using TRangeValidateEvent = std::function<void(QObject* Sender, Extended AValue, Extended AMin, Extended AMax,
                                                QString& ErrorMessage)>;
 
-class TCustomNumEdit : public QLineEdit {
+class QXNUM_WIDGETS_EXPORT TCustomNumEdit : public QLineEdit {
     Q_OBJECT
 
 public:
@@ -298,7 +300,7 @@ private:
 };
 
 // The published numeric edit, registered as "TNumEdit".
-class TNumEdit : public TCustomNumEdit {
+class QXNUM_WIDGETS_EXPORT TNumEdit : public TCustomNumEdit {
     Q_OBJECT
 
 public:

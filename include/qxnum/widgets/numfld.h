@@ -33,7 +33,7 @@
 
 namespace qxnum {
 
-class TNumFld : public TCustomNumInp, public TValueField<QString> {
+class QXNUM_WIDGETS_EXPORT TNumFld : public TCustomNumInp, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 

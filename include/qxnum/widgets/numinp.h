@@ -21,13 +21,10 @@
 
 namespace qxnum {
 
-enum TLabelPosition : quint8 { lpAbove, lpBelow, lpLeft, lpRight };
-QXNUM_ENUM_NAMES(TLabelPosition, "lpAbove", "lpBelow", "lpLeft", "lpRight")
-
 class TCustomNumInp;
 
 // A label bound to a labelled numeric input.
-class TNumFldBoundLabel : public QLabel {
+class QXNUM_WIDGETS_EXPORT TNumFldBoundLabel : public QLabel {
     Q_OBJECT
 
 public:
@@ -54,7 +51,7 @@ private:
     QPointer<TCustomNumInp> FOwner;
 };
 
-class TCustomNumInp : public TCustomNumEdit {
+class QXNUM_WIDGETS_EXPORT TCustomNumInp : public TCustomNumEdit {
     Q_OBJECT
 
 public:
@@ -118,7 +115,7 @@ private:
 };
 
 // The published labelled numeric input, registered as "TNumInp".
-class TNumInp : public TCustomNumInp {
+class QXNUM_WIDGETS_EXPORT TNumInp : public TCustomNumInp {
     Q_OBJECT
 
 public:

@@ -1,0 +1,10 @@
+// Umbrella header of QXNumCtrls::Widgets: the numeric edit, the labelled input and the fields.
+#pragma once
+
+#include <qxnum/core.h>
+
+#include <qxnum/widgets/fieldbase.h>
+#include <qxnum/widgets/fields.h>
+#include <qxnum/widgets/numedit.h>
+#include <qxnum/widgets/numfld.h>
+#include <qxnum/widgets/numinp.h>
