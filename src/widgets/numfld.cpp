@@ -36,9 +36,43 @@ bool SameNumber(Extended A, Extended B) {
 
 } // namespace
 
-TNumFld::TNumFld(QWidget* Parent) : TCustomNumInp(Parent), TValueField(this), FRefValue(RefValueSentinel()) {}
+class TNumFldPrivate {
+public:
+    int FTag2 = 0;
+    Extended FRefValue = TNumFld::RefValueSentinel();
+    bool FControllableIfDisabled = false;
+    bool FStoreParType = false;
+};
+
+TNumFld::TNumFld(QWidget* Parent)
+    : TCustomNumInp(Parent), TValueField(this), DFld(std::make_unique<TNumFldPrivate>()) {}
 
 TNumFld::~TNumFld() = default;
+
+int TNumFld::Tag2() const {
+    return DFld->FTag2;
+}
+void TNumFld::SetTag2(int AValue) {
+    DFld->FTag2 = AValue;
+}
+Extended TNumFld::RefValue() const {
+    return DFld->FRefValue;
+}
+void TNumFld::SetRefValue(Extended AValue) {
+    DFld->FRefValue = AValue;
+}
+bool TNumFld::ControllableIfDisabled() const {
+    return DFld->FControllableIfDisabled;
+}
+void TNumFld::SetControllableIfDisabled(bool AValue) {
+    DFld->FControllableIfDisabled = AValue;
+}
+bool TNumFld::StoreParType() const {
+    return DFld->FStoreParType;
+}
+void TNumFld::SetStoreParType(bool AValue) {
+    DFld->FStoreParType = AValue;
+}
 
 Extended TNumFld::RefValueSentinel() {
     // The exact pattern: the nearest extended to the decimal text is one unit lower.
@@ -69,7 +103,7 @@ QString TNumFld::GetIDstring() const {
 // ---- reference value and limits ---------------------------------------------------------------
 
 void TNumFld::SetValueToRefValue() {
-    if (std::isnan(FRefValue) || FRefValue > RefValueThreshold()) SetValue(FRefValue);
+    if (std::isnan(DFld->FRefValue) || DFld->FRefValue > RefValueThreshold()) SetValue(DFld->FRefValue);
 }
 
 bool TNumFld::SetValue_inside_MinMax(Extended AValue) {
@@ -132,14 +166,14 @@ QString TNumFld::XmlValueText() {
 
 void TNumFld::WriteXmlValue(TXmlNode Node) {
     const QString S = XmlValueText();
-    if (FStoreParType) Node.WriteString(ParTypeElement, GetEnumName(ParType()));
+    if (DFld->FStoreParType) Node.WriteString(ParTypeElement, GetEnumName(ParType()));
     Node.WriteString(ValueElement, S);
 }
 
 TFieldBase::TApplyValue TNumFld::ReadXmlValue(TXmlNode Node) {
     bool HasParType = false;
     TParType NewParType = ptNone;
-    if (FStoreParType) {
+    if (DFld->FStoreParType) {
         QString Name;
         if (ReadXmlString(Node, ParTypeElement, Name)) {
             HasParType = true;

@@ -4,6 +4,7 @@
 #include <qxnum/registry.h>
 
 #include <QEvent>
+#include <QPointer>
 #include <QRegularExpression>
 #include <QStyle>
 
@@ -27,10 +28,36 @@ QString WithoutMnemonic(QString S) {
 
 } // namespace
 
+class TNumFldBoundLabelPrivate {
+public:
+    QPointer<TCustomNumInp> FOwner;
+};
+
+class TCustomNumInpPrivate {
+public:
+    QPointer<TNumFldBoundLabel> FEditLabel;
+    QPointer<TNumFldBoundLabel> FEditUnitLabel;
+    TLabelPosition FEditLabelPosition = lpLeft;
+    TLabelPosition FEditUnitLabelPosition = lpRight;
+    int FEditLabelSpacing = 4;
+    int FEditUnitLabelSpacing = 4;
+    QString Fcustomunitstr;
+    bool FUnitVisible = true;
+    QString FLastName;
+};
+
 // ---- TNumFldBoundLabel ---------------------------------------------------------------------------
 
 TNumFldBoundLabel::TNumFldBoundLabel(TCustomNumInp* Owner)
-    : QLabel(Owner ? Owner->parentWidget() : nullptr), FOwner(Owner) {}
+    : QLabel(Owner ? Owner->parentWidget() : nullptr), DLabel(std::make_unique<TNumFldBoundLabelPrivate>()) {
+    DLabel->FOwner = Owner;
+}
+
+TNumFldBoundLabel::~TNumFldBoundLabel() = default;
+
+TCustomNumInp* TNumFldBoundLabel::OwnerControl() const {
+    return DLabel->FOwner;
+}
 
 void TNumFldBoundLabel::setText(const QString& S) {
     QLabel::setText(S);
@@ -39,7 +66,7 @@ void TNumFldBoundLabel::setText(const QString& S) {
 
 void TNumFldBoundLabel::AdjustBounds() {
     resize(sizeHint());
-    if (FOwner) FOwner->LabelChanged(this);
+    if (DLabel->FOwner) DLabel->FOwner->LabelChanged(this);
 }
 
 void TNumFldBoundLabel::changeEvent(QEvent* E) {
@@ -49,15 +76,41 @@ void TNumFldBoundLabel::changeEvent(QEvent* E) {
 
 // ---- TCustomNumInp -------------------------------------------------------------------------------
 
-TCustomNumInp::TCustomNumInp(QWidget* Parent) : TCustomNumEdit(Parent) {
-    FLastName = objectName();
+TCustomNumInp::TCustomNumInp(QWidget* Parent)
+    : TCustomNumEdit(Parent), DInp(std::make_unique<TCustomNumInpPrivate>()) {
+    DInp->FLastName = objectName();
     connect(this, &QObject::objectNameChanged, this, &TCustomNumInp::NameChanged);
     SetupInternalEditUnitLabels();
 }
 
 TCustomNumInp::~TCustomNumInp() {
-    delete FEditLabel.data();
-    delete FEditUnitLabel.data();
+    delete DInp->FEditLabel.data();
+    delete DInp->FEditUnitLabel.data();
+}
+
+TNumFldBoundLabel* TCustomNumInp::EditLabel() const {
+    return DInp->FEditLabel;
+}
+TNumFldBoundLabel* TCustomNumInp::EditUnitLabel() const {
+    return DInp->FEditUnitLabel;
+}
+TLabelPosition TCustomNumInp::EditLabelPosition() const {
+    return DInp->FEditLabelPosition;
+}
+TLabelPosition TCustomNumInp::EditUnitLabelPosition() const {
+    return DInp->FEditUnitLabelPosition;
+}
+int TCustomNumInp::EditLabelSpacing() const {
+    return DInp->FEditLabelSpacing;
+}
+int TCustomNumInp::EditUnitLabelSpacing() const {
+    return DInp->FEditUnitLabelSpacing;
+}
+QString TCustomNumInp::CustomUnitStr() const {
+    return DInp->Fcustomunitstr;
+}
+bool TCustomNumInp::UnitVisible() const {
+    return DInp->FUnitVisible;
 }
 
 void TCustomNumInp::SetupInternalEditUnitLabels() {
@@ -68,11 +121,11 @@ void TCustomNumInp::SetupInternalEditUnitLabels() {
         L->setText(Caption);
         return L;
     };
-    if (!FEditLabel) {
-        FEditLabel = Make(objectName());
-        FEditLabel->setBuddy(this);
+    if (!DInp->FEditLabel) {
+        DInp->FEditLabel = Make(objectName());
+        DInp->FEditLabel->setBuddy(this);
     }
-    if (!FEditUnitLabel) FEditUnitLabel = Make(QStringLiteral("Unit"));
+    if (!DInp->FEditUnitLabel) DInp->FEditUnitLabel = Make(QStringLiteral("Unit"));
     SyncLabelEnabled();
     SyncLabelVisibility();
     PlaceLabels();
@@ -85,7 +138,7 @@ QString TCustomNumInp::UniqueLabelName(const QObject* Except) const {
     static const QString Prefix = QStringLiteral("SubLabel");
     QObjectList Pending;
     if (QWidget* Owner = OwnerWidget()) Pending = Owner->children();
-    for (const TNumFldBoundLabel* L : {FEditLabel.data(), FEditUnitLabel.data()})
+    for (const TNumFldBoundLabel* L : {DInp->FEditLabel.data(), DInp->FEditUnitLabel.data()})
         if (L) Pending.append(const_cast<TNumFldBoundLabel*>(L));
     std::vector<int> Taken;
     while (!Pending.isEmpty()) {
@@ -112,39 +165,39 @@ QString TCustomNumInp::UniqueLabelName(const QObject* Except) const {
 }
 
 void TCustomNumInp::NameChanged(const QString& NewName) {
-    if (FEditLabel &&
-        (FEditLabel->text().isEmpty() || FEditLabel->text().compare(FLastName, Qt::CaseInsensitive) == 0))
-        FEditLabel->setText(NewName);
-    FLastName = NewName;
+    if (DInp->FEditLabel && (DInp->FEditLabel->text().isEmpty() ||
+                             DInp->FEditLabel->text().compare(DInp->FLastName, Qt::CaseInsensitive) == 0))
+        DInp->FEditLabel->setText(NewName);
+    DInp->FLastName = NewName;
 }
 
 void TCustomNumInp::LabelChanged(TNumFldBoundLabel* Label) {
-    if (Label && Label != FEditLabel && Label != FEditUnitLabel) return;
+    if (Label && Label != DInp->FEditLabel && Label != DInp->FEditUnitLabel) return;
     PlaceLabels();
-    if (FEditLabel) setAccessibleName(WithoutMnemonic(FEditLabel->text()));
-    if (FEditUnitLabel) setAccessibleDescription(FEditUnitLabel->text());
+    if (DInp->FEditLabel) setAccessibleName(WithoutMnemonic(DInp->FEditLabel->text()));
+    if (DInp->FEditUnitLabel) setAccessibleDescription(DInp->FEditUnitLabel->text());
 }
 
 void TCustomNumInp::SetEditLabelPosition(TLabelPosition AValue) {
-    if (!FEditLabel) return;
-    FEditLabelPosition = AValue;
-    SetNumLabelPosition(FEditLabel, FEditLabelPosition, FEditLabelSpacing);
+    if (!DInp->FEditLabel) return;
+    DInp->FEditLabelPosition = AValue;
+    SetNumLabelPosition(DInp->FEditLabel, DInp->FEditLabelPosition, DInp->FEditLabelSpacing);
 }
 
 void TCustomNumInp::SetEditUnitLabelPosition(TLabelPosition AValue) {
-    if (!FEditUnitLabel) return;
-    FEditUnitLabelPosition = AValue;
-    SetNumLabelPosition(FEditUnitLabel, FEditUnitLabelPosition, FEditUnitLabelSpacing);
+    if (!DInp->FEditUnitLabel) return;
+    DInp->FEditUnitLabelPosition = AValue;
+    SetNumLabelPosition(DInp->FEditUnitLabel, DInp->FEditUnitLabelPosition, DInp->FEditUnitLabelSpacing);
 }
 
 void TCustomNumInp::SetEditLabelSpacing(int AValue) {
-    FEditLabelSpacing = AValue;
-    SetNumLabelPosition(FEditLabel, FEditLabelPosition, FEditLabelSpacing);
+    DInp->FEditLabelSpacing = AValue;
+    SetNumLabelPosition(DInp->FEditLabel, DInp->FEditLabelPosition, DInp->FEditLabelSpacing);
 }
 
 void TCustomNumInp::SetEditUnitLabelSpacing(int AValue) {
-    FEditUnitLabelSpacing = AValue;
-    SetNumLabelPosition(FEditUnitLabel, FEditUnitLabelPosition, FEditUnitLabelSpacing);
+    DInp->FEditUnitLabelSpacing = AValue;
+    SetNumLabelPosition(DInp->FEditUnitLabel, DInp->FEditUnitLabelPosition, DInp->FEditUnitLabelSpacing);
 }
 
 void TCustomNumInp::SetNumLabelPosition(TNumFldBoundLabel* Label, TLabelPosition Position, int Spacing) {
@@ -179,8 +232,8 @@ void TCustomNumInp::SetNumLabelPosition(TNumFldBoundLabel* Label, TLabelPosition
 }
 
 void TCustomNumInp::PlaceLabels() {
-    SetNumLabelPosition(FEditLabel, FEditLabelPosition, FEditLabelSpacing);
-    SetNumLabelPosition(FEditUnitLabel, FEditUnitLabelPosition, FEditUnitLabelSpacing);
+    SetNumLabelPosition(DInp->FEditLabel, DInp->FEditLabelPosition, DInp->FEditLabelSpacing);
+    SetNumLabelPosition(DInp->FEditUnitLabel, DInp->FEditUnitLabelPosition, DInp->FEditUnitLabelSpacing);
 }
 
 void TCustomNumInp::SetBounds(int ALeft, int ATop, int AWidth, int AHeight) {
@@ -189,18 +242,18 @@ void TCustomNumInp::SetBounds(int ALeft, int ATop, int AWidth, int AHeight) {
 }
 
 void TCustomNumInp::UpdateUnitCaption() {
-    if (FEditUnitLabel && Fcustomunitstr.trimmed().isEmpty())
-        FEditUnitLabel->setText(ParUnitStrOf(ParType(), UnitSystem()).trimmed());
+    if (DInp->FEditUnitLabel && DInp->Fcustomunitstr.trimmed().isEmpty())
+        DInp->FEditUnitLabel->setText(ParUnitStrOf(ParType(), UnitSystem()).trimmed());
 }
 
 void TCustomNumInp::SetCustomUnitStr(const QString& AValue) {
-    if (AValue == Fcustomunitstr) return;
-    Fcustomunitstr = AValue;
-    if (!FEditUnitLabel) return;
+    if (AValue == DInp->Fcustomunitstr) return;
+    DInp->Fcustomunitstr = AValue;
+    if (!DInp->FEditUnitLabel) return;
     if (AValue.trimmed().isEmpty())
-        FEditUnitLabel->setText(ParUnitStrOf(ParType(), UnitSystem()).trimmed());
+        DInp->FEditUnitLabel->setText(ParUnitStrOf(ParType(), UnitSystem()).trimmed());
     else
-        FEditUnitLabel->setText(AValue);
+        DInp->FEditUnitLabel->setText(AValue);
 }
 
 void TCustomNumInp::SetParType(TParType AValue) {
@@ -214,8 +267,8 @@ void TCustomNumInp::SetUnitSystem(TUnitSystem AValue) {
 }
 
 void TCustomNumInp::SetUnitVisible(bool AValue) {
-    FUnitVisible = AValue;
-    if (FEditUnitLabel) FEditUnitLabel->setVisible(AValue && ControlShown());
+    DInp->FUnitVisible = AValue;
+    if (DInp->FEditUnitLabel) DInp->FEditUnitLabel->setVisible(AValue && ControlShown());
 }
 
 // ---- following the edit ----------------------------------------------------------------------------
@@ -232,19 +285,19 @@ bool TCustomNumInp::ControlShown() const {
 
 void TCustomNumInp::SyncLabelVisibility() {
     const bool Shown = ControlShown();
-    if (FEditLabel) FEditLabel->setVisible(Shown);
-    if (FEditUnitLabel) FEditUnitLabel->setVisible(Shown && FUnitVisible);
+    if (DInp->FEditLabel) DInp->FEditLabel->setVisible(Shown);
+    if (DInp->FEditUnitLabel) DInp->FEditUnitLabel->setVisible(Shown && DInp->FUnitVisible);
 }
 
 void TCustomNumInp::SyncLabelEnabled() {
     const bool Enabled = parentWidget() ? isEnabledTo(parentWidget()) : isEnabled();
-    if (FEditLabel) FEditLabel->setEnabled(Enabled);
-    if (FEditUnitLabel) FEditUnitLabel->setEnabled(Enabled);
+    if (DInp->FEditLabel) DInp->FEditLabel->setEnabled(Enabled);
+    if (DInp->FEditUnitLabel) DInp->FEditUnitLabel->setEnabled(Enabled);
 }
 
 void TCustomNumInp::SyncLabelParents() {
     QWidget* P = parentWidget();
-    for (TNumFldBoundLabel* L : {FEditLabel.data(), FEditUnitLabel.data()}) {
+    for (TNumFldBoundLabel* L : {DInp->FEditLabel.data(), DInp->FEditUnitLabel.data()}) {
         if (!L) continue;
         if (L->parentWidget() != P) L->setParent(P);
         // The new owner may already hold a component of that name.
@@ -274,7 +327,7 @@ bool TCustomNumInp::event(QEvent* E) {
         if (CopyEnabled()) SyncLabelEnabled();
         break;
     case QEvent::LayoutDirectionChange:
-        for (TNumFldBoundLabel* L : {FEditLabel.data(), FEditUnitLabel.data()})
+        for (TNumFldBoundLabel* L : {DInp->FEditLabel.data(), DInp->FEditUnitLabel.data()})
             if (L) L->setLayoutDirection(layoutDirection());
         PlaceLabels();
         break;

@@ -31,7 +31,11 @@
 #include <qxnum/widgets/fieldbase.h>
 #include <qxnum/widgets/numinp.h>
 
+#include <memory>
+
 namespace qxnum {
+
+class TNumFldPrivate;
 
 class QXNUM_WIDGETS_EXPORT TNumFld : public TCustomNumInp, public TValueField<QString> {
     Q_OBJECT
@@ -48,16 +52,16 @@ public:
     // From another TNumFld: its text, then evaluated. Any other source raises EConvertError.
     void Assign(const QObject* Source);
 
-    int Tag2() const { return FTag2; }
-    void SetTag2(int AValue) { FTag2 = AValue; }
-    Extended RefValue() const { return FRefValue; }
-    void SetRefValue(Extended AValue) { FRefValue = AValue; }
-    Extended GetRefValue() const { return FRefValue; }
+    int Tag2() const;
+    void SetTag2(int AValue);
+    Extended RefValue() const;
+    void SetRefValue(Extended AValue);
+    Extended GetRefValue() const { return RefValue(); }
     // Stored for the container; the field itself attaches no behaviour to it.
-    bool ControllableIfDisabled() const { return FControllableIfDisabled; }
-    void SetControllableIfDisabled(bool AValue) { FControllableIfDisabled = AValue; }
-    bool StoreParType() const { return FStoreParType; }
-    void SetStoreParType(bool AValue) { FStoreParType = AValue; }
+    bool ControllableIfDisabled() const;
+    void SetControllableIfDisabled(bool AValue);
+    bool StoreParType() const;
+    void SetStoreParType(bool AValue);
     // CustomIDstring as it is (possibly empty).
     QString GetIDstr() const { return CustomIDstring(); }
 
@@ -94,10 +98,7 @@ private:
     // The XML text of the current value (see the header comment).
     QString XmlValueText();
 
-    int FTag2 = 0;
-    Extended FRefValue;
-    bool FControllableIfDisabled = false;
-    bool FStoreParType = false;
+    const std::unique_ptr<TNumFldPrivate> DFld;
 };
 
 } // namespace qxnum

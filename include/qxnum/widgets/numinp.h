@@ -17,11 +17,14 @@
 #include <qxnum/widgets/numedit.h>
 
 #include <QLabel>
-#include <QPointer>
+
+#include <memory>
 
 namespace qxnum {
 
 class TCustomNumInp;
+class TCustomNumInpPrivate;
+class TNumFldBoundLabelPrivate;
 
 // A label bound to a labelled numeric input.
 class QXNUM_WIDGETS_EXPORT TNumFldBoundLabel : public QLabel {
@@ -29,8 +32,9 @@ class QXNUM_WIDGETS_EXPORT TNumFldBoundLabel : public QLabel {
 
 public:
     explicit TNumFldBoundLabel(TCustomNumInp* Owner);
+    ~TNumFldBoundLabel() override;
 
-    TCustomNumInp* OwnerControl() const { return FOwner; }
+    TCustomNumInp* OwnerControl() const;
     QString Caption() const { return text(); }
     void SetCaption(const QString& S) { setText(S); }
     int Left() const { return x(); }
@@ -48,7 +52,7 @@ protected:
     void changeEvent(QEvent* E) override;
 
 private:
-    QPointer<TCustomNumInp> FOwner;
+    const std::unique_ptr<TNumFldBoundLabelPrivate> DLabel;
 };
 
 class QXNUM_WIDGETS_EXPORT TCustomNumInp : public TCustomNumEdit {
@@ -59,20 +63,20 @@ public:
     ~TCustomNumInp() override;
 
     // The labels; nullptr after one has been deleted.
-    TNumFldBoundLabel* EditLabel() const { return FEditLabel; }
-    TNumFldBoundLabel* EditUnitLabel() const { return FEditUnitLabel; }
+    TNumFldBoundLabel* EditLabel() const;
+    TNumFldBoundLabel* EditUnitLabel() const;
 
-    TLabelPosition EditLabelPosition() const { return FEditLabelPosition; }
+    TLabelPosition EditLabelPosition() const;
     void SetEditLabelPosition(TLabelPosition AValue);
-    TLabelPosition EditUnitLabelPosition() const { return FEditUnitLabelPosition; }
+    TLabelPosition EditUnitLabelPosition() const;
     void SetEditUnitLabelPosition(TLabelPosition AValue);
-    int EditLabelSpacing() const { return FEditLabelSpacing; }
+    int EditLabelSpacing() const;
     void SetEditLabelSpacing(int AValue);
-    int EditUnitLabelSpacing() const { return FEditUnitLabelSpacing; }
+    int EditUnitLabelSpacing() const;
     void SetEditUnitLabelSpacing(int AValue);
-    QString CustomUnitStr() const { return Fcustomunitstr; }
+    QString CustomUnitStr() const;
     void SetCustomUnitStr(const QString& AValue);
-    bool UnitVisible() const { return FUnitVisible; }
+    bool UnitVisible() const;
     void SetUnitVisible(bool AValue);
 
     void SetParType(TParType AValue) override;
@@ -103,15 +107,7 @@ private:
     QString UniqueLabelName(const QObject* Except) const;
     void NameChanged(const QString& NewName);
 
-    QPointer<TNumFldBoundLabel> FEditLabel;
-    QPointer<TNumFldBoundLabel> FEditUnitLabel;
-    TLabelPosition FEditLabelPosition = lpLeft;
-    TLabelPosition FEditUnitLabelPosition = lpRight;
-    int FEditLabelSpacing = 4;
-    int FEditUnitLabelSpacing = 4;
-    QString Fcustomunitstr;
-    bool FUnitVisible = true;
-    QString FLastName;
+    const std::unique_ptr<TCustomNumInpPrivate> DInp;
 };
 
 // The published labelled numeric input, registered as "TNumInp".
