@@ -1,10 +1,30 @@
 // The labelled numeric input: a numeric edit with a name label and a unit label beside it.
 //
 // The labels are siblings of the edit (children of its parent widget) and follow its position,
-// size, parent, visibility, enabled state and layout direction. They are placed by the edit, not
-// by a layout: put the edit into a layout with room for its labels, or position it by hand.
-// A label can be deleted; the edit keeps working without it (SetupInternalEditUnitLabels makes a
-// new one).
+// size, parent, visibility, enabled state and layout direction. A label can be deleted; the edit
+// keeps working without it (SetupInternalEditUnitLabels makes a new one).
+//
+// Placement has two modes.
+//   By hand (no layout holds the edit): the edit's geometry is the edit alone and the labels sit
+//   outside it, each on its side at its spacing (SetBounds, SetNumLabelPosition). sizeHint() is the
+//   edit's own.
+//   In a layout (any QLayout of the parent, nested ones included): the edit and its labels are one
+//   layout item. sizeHint() and minimumSizeHint() include the shown labels and their spacings; the
+//   rectangle the layout assigns is the outer one, and the edit sets its own geometry to the inner
+//   rectangle and puts the labels into the rest, so nothing reaches into a neighbour's cell. Two
+//   labels on one side are stacked, the unit label next to the edit; a negative spacing counts as
+//   0 here. A hidden edit takes no room and hides its labels.
+//   The layout's rectangle is learnt exactly: in a QBoxLayout, QGridLayout or QFormLayout the
+//   edit's plain layout item is replaced (once, from the event loop) by one that hands the outer
+//   rectangle to the edit and adds the label room to the edit's explicit minimum and maximum
+//   sizes. Until then, and in other layouts, a geometry that differs from the inner rectangle last
+//   set is taken as the outer one. Either way the edit's own geometry change never feeds back into
+//   the layout, so repeated passes give the same result.
+//
+// In a QFormLayout, either let the field show its own name: addRow(Field) (the field spans both
+// columns and its name label takes the label column's place); or use the layout's label:
+// addRow(Caption, Field) with SetNameLabelVisible(false), so that the name label neither shows nor
+// takes room (the layout's label gets the field as buddy).
 //
 // The name label's caption follows the object name while it is empty or equal to the old name.
 // The unit label shows "Unit" until a parameter type or unit system is set, then the table's unit
@@ -24,6 +44,7 @@ namespace qxnum {
 
 class TCustomNumInp;
 class TCustomNumInpPrivate;
+class TNumInpLayoutItem;
 class TNumFldBoundLabelPrivate;
 
 // A label bound to a labelled numeric input.
@@ -78,6 +99,13 @@ public:
     void SetCustomUnitStr(const QString& AValue);
     bool UnitVisible() const;
     void SetUnitVisible(bool AValue);
+    // False hides the name label and frees its room (for a layout that shows its own label).
+    bool NameLabelVisible() const;
+    void SetNameLabelVisible(bool AValue);
+
+    // In a layout: the edit's hints plus the room of the shown labels (see the header comment).
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
     void SetParType(TParType AValue) override;
     void SetUnitSystem(TUnitSystem AValue) override;
@@ -98,6 +126,16 @@ protected:
 
 private:
     friend class TNumFldBoundLabel;
+    friend class TNumInpLayoutItem;
+    struct TLabelRoom;
+    TLabelRoom LabelRoom() const;
+    QSize OuterSize(QSize Inner) const;
+    QLayout* HoldingLayout(int* Index = nullptr) const;
+    bool InLayout() const;
+    void SetOuterGeometry(const QRect& Outer);
+    void GeometryChanged();
+    void ReplaceLayoutItem();
+    void LabelRoomChanged();
     void LabelChanged(TNumFldBoundLabel* Label);
     void UpdateUnitCaption();
     void SyncLabelParents();
