@@ -8,9 +8,11 @@
 
 #include <QBuffer>
 #include <QLineEdit>
+#include <QMetaProperty>
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <memory>
 
@@ -828,4 +830,66 @@ TEST(NumFldXmlHostile, MutatedAndTruncatedDocumentsReadOrRaise) {
     }
     EXPECT_GT(Read, 0);
     EXPECT_GT(Converted, 0);
+}
+
+TEST(NumFldProperties, PublishedUnderTheirNamesAndSetLikeTheSetters) {
+    struct Case {
+        const char* Name;
+        QVariant Value;
+        std::function<void(TNumFld*)> Setter;
+    };
+    const Case Cases[] = {
+        {"EditLabelPosition", QVariant::fromValue(lpAbove),
+         [](TNumFld* F) { F->SetEditLabelPosition(lpAbove); }},
+        {"EditUnitLabelPosition", QVariant::fromValue(lpBelow),
+         [](TNumFld* F) { F->SetEditUnitLabelPosition(lpBelow); }},
+        {"EditLabelSpacing", 9, [](TNumFld* F) { F->SetEditLabelSpacing(9); }},
+        {"EditUnitLabelSpacing", 7, [](TNumFld* F) { F->SetEditUnitLabelSpacing(7); }},
+        {"CustomUnitStr", QStringLiteral("bar(g)"),
+         [](TNumFld* F) { F->SetCustomUnitStr(QStringLiteral("bar(g)")); }},
+        {"UnitVisible", false, [](TNumFld* F) { F->SetUnitVisible(false); }},
+        {"NameLabelVisible", false, [](TNumFld* F) { F->SetNameLabelVisible(false); }},
+        {"Tag2", -17, [](TNumFld* F) { F->SetTag2(-17); }},
+        {"RefValue", 2.5e-9, [](TNumFld* F) { F->SetRefValue(2.5e-9L); }},
+        {"ControllableIfDisabled", true, [](TNumFld* F) { F->SetControllableIfDisabled(true); }},
+        {"StoreParType", true, [](TNumFld* F) { F->SetStoreParType(true); }},
+    };
+    // What a setter can change, seen from outside.
+    const auto State = [](TNumFld* F) {
+        QStringList S;
+        for (const char* N : {"EditLabelPosition", "EditUnitLabelPosition", "EditLabelSpacing",
+                              "EditUnitLabelSpacing", "CustomUnitStr", "UnitVisible", "NameLabelVisible",
+                              "Tag2", "ControllableIfDisabled", "StoreParType"})
+            S << F->property(N).toString();
+        S << QString::number(static_cast<double>(F->RefValue()), 'g', 17);
+        for (const QLabel* L : {F->EditLabel(), F->EditUnitLabel()})
+            S << L->text() << QString::number(L->x()) << QString::number(L->y())
+              << QString::number(L->isVisible());
+        return S;
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        TForm BySetter, ByProperty;
+        BySetter.W.show();
+        ByProperty.W.show();
+        BySetter.F->SetParType(ptPress);
+        ByProperty.F->SetParType(ptPress);
+        const QMetaObject* M = ByProperty.F->metaObject();
+        const int Index = M->indexOfProperty(C.Name);
+        ASSERT_GE(Index, 0);
+        EXPECT_TRUE(M->property(Index).isWritable());
+        const QStringList Before = State(ByProperty.F);
+        C.Setter(BySetter.F);
+        EXPECT_TRUE(ByProperty.F->setProperty(C.Name, C.Value));
+        EXPECT_EQ(State(ByProperty.F), State(BySetter.F));
+        EXPECT_NE(State(ByProperty.F), Before);
+        EXPECT_EQ(ByProperty.F->property(C.Name), C.Value);
+    }
+    // Enumerations are registered, so tools show names.
+    const QMetaProperty P =
+        TNumFld::staticMetaObject.property(TNumFld::staticMetaObject.indexOfProperty("EditLabelPosition"));
+    EXPECT_TRUE(P.isEnumType());
+    EXPECT_STREQ(P.enumerator().valueToKey(lpRight), "lpRight");
+    TNumFld F;
+    EXPECT_EQ(F.property("EditLabel").value<TNumFldBoundLabel*>(), F.EditLabel());
 }

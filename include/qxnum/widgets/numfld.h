@@ -40,6 +40,11 @@ class TNumFldPrivate;
 class QXNUM_WIDGETS_EXPORT TNumFld : public TCustomNumInp, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    Q_PROPERTY(int Tag2 READ Tag2 WRITE SetTag2)
+    // As a double: QVariant has no 80-bit type.
+    Q_PROPERTY(double RefValue READ RefValueAsDouble WRITE SetRefValueAsDouble)
+    Q_PROPERTY(bool ControllableIfDisabled READ ControllableIfDisabled WRITE SetControllableIfDisabled)
+    Q_PROPERTY(bool StoreParType READ StoreParType WRITE SetStoreParType)
 
 public:
     explicit TNumFld(QWidget* Parent = nullptr);
@@ -97,6 +102,8 @@ protected:
 private:
     // The XML text of the current value (see the header comment).
     QString XmlValueText();
+    double RefValueAsDouble() const { return static_cast<double>(RefValue()); }
+    void SetRefValueAsDouble(double AValue) { SetRefValue(AValue); }
 
     const std::unique_ptr<TNumFldPrivate> DFld;
 };

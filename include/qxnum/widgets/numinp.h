@@ -78,6 +78,16 @@ private:
 
 class QXNUM_WIDGETS_EXPORT TCustomNumInp : public TCustomNumEdit {
     Q_OBJECT
+    Q_PROPERTY(qxnum::TNumFldBoundLabel* EditLabel READ EditLabel)
+    Q_PROPERTY(qxnum::TNumFldBoundLabel* EditUnitLabel READ EditUnitLabel)
+    Q_PROPERTY(qxnum::TLabelPosition EditLabelPosition READ EditLabelPosition WRITE SetEditLabelPosition)
+    Q_PROPERTY(
+        qxnum::TLabelPosition EditUnitLabelPosition READ EditUnitLabelPosition WRITE SetEditUnitLabelPosition)
+    Q_PROPERTY(int EditLabelSpacing READ EditLabelSpacing WRITE SetEditLabelSpacing)
+    Q_PROPERTY(int EditUnitLabelSpacing READ EditUnitLabelSpacing WRITE SetEditUnitLabelSpacing)
+    Q_PROPERTY(QString CustomUnitStr READ CustomUnitStr WRITE SetCustomUnitStr)
+    Q_PROPERTY(bool UnitVisible READ UnitVisible WRITE SetUnitVisible)
+    Q_PROPERTY(bool NameLabelVisible READ NameLabelVisible WRITE SetNameLabelVisible)
 
 public:
     explicit TCustomNumInp(QWidget* Parent = nullptr);
