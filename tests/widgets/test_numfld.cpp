@@ -5,10 +5,15 @@
 #include <qxnum/widgets/numfld.h>
 
 #include "dialogrecorder.h"
+#include "widgettest.h"
 
+#include <QApplication>
 #include <QBuffer>
+#include <QDialog>
 #include <QLineEdit>
 #include <QMetaProperty>
+#include <QTest>
+#include <QVBoxLayout>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -892,4 +897,45 @@ TEST(NumFldProperties, PublishedUnderTheirNamesAndSetLikeTheSetters) {
     EXPECT_STREQ(P.enumerator().valueToKey(lpRight), "lpRight");
     TNumFld F;
     EXPECT_EQ(F.property("EditLabel").value<TNumFldBoundLabel*>(), F.EditLabel());
+}
+
+// Leaving a field whose text nobody edited since it was formatted keeps the held value exactly.
+// Depends on the edit keeping the value of unedited text on focus-out; before that change the
+// tiny SFC value comes back as 5.7999e-8 here.
+TEST(NumFldTraversal, TabbingAfterUnitSwitchesKeepsEveryValueBitForBit) {
+    struct Case {
+        TParType ParType;
+        Extended Value;
+    };
+    const Case Cases[] = {
+        {ptSFCshaft, 5.8e-8L}, {ptTSFC, 1.7e-5L / 3}, {ptPower, 1.234567890123e9L},   {ptPress, -0.5e5L / 3},
+        {ptTemp, 293.15L},     {ptTemp, 0.1L},        {ptMassflow, 1234.5678901234L}, {ptLength, -1e-3L / 7},
+    };
+    QDialog D;
+    auto* L = new QVBoxLayout(&D);
+    std::vector<TNumFld*> Fields;
+    for (const Case& C : Cases) {
+        auto* F = new TNumFld(&D);
+        F->SetValidate(false);
+        F->SetNumericType(ntParType);
+        F->SetParType(C.ParType);
+        F->SetValue(C.Value);
+        L->addWidget(F);
+        Fields.push_back(F);
+    }
+    ASSERT_TRUE(test::Activate(D, Fields.front(), Qt::TabFocusReason));
+    for (const TUnitSystem Units : {usImperial, usSI, usImperial, usSI}) {
+        SCOPED_TRACE(Units);
+        for (TNumFld* F : Fields)
+            F->SetUnitSystem(Units);
+        for (std::size_t I = 0; I < Fields.size(); ++I) {
+            ASSERT_TRUE(Fields[I]->hasFocus()) << I;
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        ASSERT_TRUE(Fields.front()->hasFocus()); // once round: every field was entered and left
+        for (std::size_t I = 0; I < Fields.size(); ++I)
+            EXPECT_EQ(Bits(Fields[I]->GetFValue()), Bits(Cases[I].Value))
+                << I << ": " << static_cast<double>(Fields[I]->GetFValue()) << " from the text "
+                << Fields[I]->text().toStdString();
+    }
 }
