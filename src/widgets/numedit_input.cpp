@@ -41,8 +41,8 @@ bool IsExponentMark(QChar C) {
     return C == QLatin1Char('E') || C == QLatin1Char('e');
 }
 
-QString Tr(const char* Source, const char* Disambiguation = nullptr, int N = -1) {
-    return QCoreApplication::translate("TCustomNumEdit", Source, Disambiguation, N);
+QString Tr(const char* Source) {
+    return QCoreApplication::translate("TCustomNumEdit", Source);
 }
 
 TTextShape ShapeOf(const QString& Text, const TTypingRules& R) {
@@ -196,17 +196,21 @@ QString TCustomNumEdit::RefusalReason(const QString& OldText, const QString& New
         if (New.BadSigns > Old.BadSigns) return Tr("A sign only at the start or right after the exponent");
         return Tr("An exponent only once and after a digit");
     }
-    if (New.DecimalsOver > Old.DecimalsOver) return Tr("At most %n decimal(s) here", nullptr, R.MaxDecimals);
+    if (New.DecimalsOver > Old.DecimalsOver)
+        return R.MaxDecimals == 1 ? Tr("At most one decimal here")
+                                  : Tr("At most %1 decimals here").arg(R.MaxDecimals);
     if (New.ExponentOver > Old.ExponentOver) return Tr("The exponent is too long");
-    if (New.LengthOver > Old.LengthOver) return Tr("At most %n character(s) here", nullptr, R.MaxLength);
+    if (New.LengthOver > Old.LengthOver)
+        return R.MaxLength == 1 ? Tr("At most one character here")
+                                : Tr("At most %1 characters here").arg(R.MaxLength);
     return {};
 }
 
 void TCustomNumEdit::Refuse(const QString& Reason) {
     QApplication::beep();
     d->FLastRefusal = Reason;
-    const QRect Cursor = cursorRect();
-    QToolTip::showText(mapToGlobal(Cursor.bottomLeft()), Reason, this, Cursor, 4000);
+    // Shown below the cursor; the whole edit as the rectangle, so a small mouse move keeps it.
+    QToolTip::showText(mapToGlobal(cursorRect().bottomLeft()), Reason, this, rect(), 4000);
 }
 
 void TCustomNumEdit::Accepted() {
