@@ -124,8 +124,8 @@ public:
             auto* Fld = new TNumFld(Fields);
             Fld->setObjectName(QLatin1String(Q.Id));
             Fld->SetParType(Q.ParType);
-            Fld->SetMin(Q.Min);
-            Fld->SetMax(Q.Max);
+            Fld->SetRange(Q.Min, Q.Max);
+            Fld->SetExpressionInput(true); // "2*101.3" is as good as "202.6"
             Fld->SetValue(Q.Value);
             Fld->SetEditLabelPosition(lpLeft);
             Fld->SetEditUnitLabelPosition(lpRight);

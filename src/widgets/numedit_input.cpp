@@ -1,6 +1,6 @@
 // The numeric edit's edit cycle: keystroke filter, paste and drop checks, focus handling,
 // alignment and text colour.
-#include <qxnum/widgets/numedit.h>
+#include "numedit_p.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -11,24 +11,21 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QToolTip>
 
 namespace qxnum {
 
-struct TCustomNumEdit::TTypingRules {
-    bool Expression = false;
-    bool Currency = false;
-    QChar Sep;
-    int MaxDecimals = -1; // -1: no limit, 0: no decimal separator
-    int MaxExponent = 0;  // characters from "E" to the end; 0: no exponent
-    int MaxLength = 0;
-    QString Decoration; // tolerated characters that carry no number structure
-};
-
 namespace {
 
-// How far a text breaks each rule; an edit may not make any of them worse.
+using TTypingRules = TCustomNumEditPrivate::TTypingRules;
+
+// How far a text breaks each rule; an edit may not make any of them worse. Bad counts every
+// misplaced character; the split below it names the rule for the refusal tooltip.
 struct TTextShape {
     int Bad = 0;
+    int BadSeparators = 0; // a second separator, or one in the exponent or without decimals
+    int BadSigns = 0;
+    int BadExponents = 0; // an "E" without digits before it, a second one, or none allowed
     int DecimalsOver = 0;
     int ExponentOver = 0;
     int LengthOver = 0;
@@ -44,8 +41,11 @@ bool IsExponentMark(QChar C) {
     return C == QLatin1Char('E') || C == QLatin1Char('e');
 }
 
-// How far Text breaks each typing rule; Rules is TCustomNumEdit::TTypingRules.
-template <typename TRules> TTextShape ShapeOf(const QString& Text, const TRules& R) {
+QString Tr(const char* Source) {
+    return QCoreApplication::translate("TCustomNumEdit", Source);
+}
+
+TTextShape ShapeOf(const QString& Text, const TTypingRules& R) {
     TTextShape S;
     bool SeenSep = false, InExponent = false, ExponentSign = false;
     int MantissaDigits = 0, Decimals = 0, ExponentChars = 0, Signs = 0, CoreChars = 0;
@@ -62,22 +62,22 @@ template <typename TRules> TTextShape ShapeOf(const QString& Text, const TRules&
             }
         } else if (C == R.Sep) {
             if (InExponent || SeenSep || R.MaxDecimals == 0)
-                ++S.Bad;
+                ++S.BadSeparators;
             else
                 SeenSep = true;
         } else if (IsSign(C)) {
             if (R.Currency) {
-                if (++Signs > 1) ++S.Bad;
+                if (++Signs > 1) ++S.BadSigns;
             } else if (InExponent) {
                 // Only right after the "E".
-                if (ExponentSign || ExponentChars != 2) ++S.Bad;
+                if (ExponentSign || ExponentChars != 2) ++S.BadSigns;
                 ExponentSign = true;
             } else if (!First) {
-                ++S.Bad;
+                ++S.BadSigns;
             }
         } else if (IsExponentMark(C) && !R.Currency) {
             if (InExponent || R.MaxExponent == 0 || MantissaDigits == 0) {
-                ++S.Bad;
+                ++S.BadExponents;
             } else {
                 InExponent = true;
                 ExponentChars = 1;
@@ -86,17 +86,32 @@ template <typename TRules> TTextShape ShapeOf(const QString& Text, const TRules&
             ++S.Bad;
         }
     }
+    S.Bad += S.BadSeparators + S.BadSigns + S.BadExponents;
     if (R.MaxDecimals > 0 && Decimals > R.MaxDecimals) S.DecimalsOver = Decimals - R.MaxDecimals;
     if (InExponent && ExponentChars > R.MaxExponent) S.ExponentOver = ExponentChars - R.MaxExponent;
     if (Text.size() > R.MaxLength) S.LengthOver = static_cast<int>(Text.size()) - R.MaxLength;
     return S;
 }
 
+// Why a character may not be typed at all under R; empty when it may.
+QString CharacterRefusal(QChar C, const TTypingRules& R) {
+    const QString Quoted = QStringLiteral("\"") + C + QStringLiteral("\"");
+    if (C == QLatin1Char('.') || C == QLatin1Char(',')) {
+        if (C == R.Sep) return Tr("No decimals here");
+        return Tr("The decimal separator here is %1")
+            .arg(QStringLiteral("\"") + R.Sep + QStringLiteral("\""));
+    }
+    if (IsExponentMark(C)) return Tr("No exponent here");
+    if (C.isLetter()) return Tr("Letters are not allowed here");
+    if (C.isSpace()) return Tr("Blanks are not allowed here");
+    return Tr("%1 is not allowed here").arg(Quoted);
+}
+
 } // namespace
 
-TCustomNumEdit::TTypingRules TCustomNumEdit::TypingRules() const {
+TTypingRules TCustomNumEditPrivate::TypingRules() const {
     TTypingRules R;
-    R.Expression = ExprPathActive();
+    R.Expression = TypesExpressions();
     R.Sep = NumInpFormatSettings.DecimalSeparator;
     R.MaxLength = FMaxTextLength;
     // "E-4932": the widest exponent of an extended value.
@@ -130,15 +145,19 @@ TCustomNumEdit::TTypingRules TCustomNumEdit::TypingRules() const {
         break;
     case ntParType:
     default:
-        R.MaxDecimals = FormatDecimalCount(FParType, FUnitSystem, Fcustomformat, NumInpFormatSettings);
-        R.MaxExponent = FormatExponentLength(FParType, FUnitSystem, Fcustomformat);
+        R.MaxDecimals = FormatDecimalCount(FParType, FUnitSystem, FCustomFormat, NumInpFormatSettings);
+        R.MaxExponent = FormatExponentLength(FParType, FUnitSystem, FCustomFormat);
         break;
     }
     return R;
 }
 
 bool TCustomNumEdit::IsAcceptableEdit(const QString& OldText, const QString& NewText) const {
-    if (OldText == NewText) return true;
+    return RefusalReason(OldText, NewText).isEmpty();
+}
+
+QString TCustomNumEdit::RefusalReason(const QString& OldText, const QString& NewText) const {
+    if (OldText == NewText) return {};
     // The inserted part: what is left between the common prefix and the common suffix.
     qsizetype Prefix = 0;
     const qsizetype MinLen = qMin(OldText.size(), NewText.size());
@@ -149,29 +168,55 @@ bool TCustomNumEdit::IsAcceptableEdit(const QString& OldText, const QString& New
            OldText[OldText.size() - 1 - Suffix] == NewText[NewText.size() - 1 - Suffix])
         ++Suffix;
     const QString Inserted = NewText.mid(Prefix, NewText.size() - Prefix - Suffix);
-    if (Inserted.isEmpty()) return true; // only deleted
+    if (Inserted.isEmpty()) return {}; // only deleted
 
-    const TTypingRules R = TypingRules();
+    const TTypingRules R = d->TypingRules();
     if (R.Expression) {
         const QChar ArgSep = R.Sep == QLatin1Char(',') ? QLatin1Char(';') : QLatin1Char(',');
         for (const QChar C : Inserted) {
             if (C.isLetterOrNumber() || C == QLatin1Char('_') || C == R.Sep || C == ArgSep ||
                 C == QLatin1Char(' ') || QStringLiteral("+-*/^().").contains(C))
                 continue;
-            return false;
+            return Tr("%1 is not allowed in an expression")
+                .arg(QStringLiteral("\"") + C + QStringLiteral("\""));
         }
-        return true;
+        return {};
     }
     for (const QChar C : Inserted) {
         const bool Allowed = IsDigit(C) || IsSign(C) || (C == R.Sep && R.MaxDecimals != 0) ||
                              (IsExponentMark(C) && R.MaxExponent > 0 && !R.Currency) ||
                              R.Decoration.contains(C);
-        if (!Allowed) return false;
+        if (!Allowed) return CharacterRefusal(C, R);
     }
     const TTextShape Old = ShapeOf(OldText, R);
     const TTextShape New = ShapeOf(NewText, R);
-    return New.Bad <= Old.Bad && New.DecimalsOver <= Old.DecimalsOver &&
-           New.ExponentOver <= Old.ExponentOver && New.LengthOver <= Old.LengthOver;
+    if (New.Bad > Old.Bad) {
+        if (New.BadSeparators > Old.BadSeparators)
+            return Tr("Only one decimal separator, not in the exponent");
+        if (New.BadSigns > Old.BadSigns) return Tr("A sign only at the start or right after the exponent");
+        return Tr("An exponent only once and after a digit");
+    }
+    if (New.DecimalsOver > Old.DecimalsOver)
+        return R.MaxDecimals == 1 ? Tr("At most one decimal here")
+                                  : Tr("At most %1 decimals here").arg(R.MaxDecimals);
+    if (New.ExponentOver > Old.ExponentOver) return Tr("The exponent is too long");
+    if (New.LengthOver > Old.LengthOver)
+        return R.MaxLength == 1 ? Tr("At most one character here")
+                                : Tr("At most %1 characters here").arg(R.MaxLength);
+    return {};
+}
+
+void TCustomNumEdit::Refuse(const QString& Reason) {
+    QApplication::beep();
+    d->FLastRefusal = Reason;
+    // Shown below the cursor; the whole edit as the rectangle, so a small mouse move keeps it.
+    QToolTip::showText(mapToGlobal(cursorRect().bottomLeft()), Reason, this, rect(), 4000);
+}
+
+void TCustomNumEdit::Accepted() {
+    if (d->FLastRefusal.isEmpty()) return;
+    d->FLastRefusal.clear();
+    QToolTip::hideText();
 }
 
 QString TCustomNumEdit::CandidateText(const QString& S) const {
@@ -190,10 +235,11 @@ bool TCustomNumEdit::InsertChecked(const QString& S) {
     if (LineEnd >= 0) Ins.truncate(LineEnd);
     Ins = Ins.trimmed();
     if (Ins.isEmpty()) return false;
-    if (!IsAcceptableEdit(text(), CandidateText(Ins))) {
-        QApplication::beep();
+    if (const QString Reason = RefusalReason(text(), CandidateText(Ins)); !Reason.isEmpty()) {
+        Refuse(Reason);
         return false;
     }
+    Accepted();
     insert(Ins);
     return true;
 }
@@ -218,10 +264,23 @@ void TCustomNumEdit::keyPressEvent(QKeyEvent* E) {
         QLineEdit::keyPressEvent(E);
         return;
     }
-    if ((Key == Qt::Key_Return || Key == Qt::Key_Enter) && FTabOnEnterKey) {
+    if ((Key == Qt::Key_Return || Key == Qt::Key_Enter) && d->FTabOnEnterKey) {
         focusNextPrevChild(true);
         E->accept();
         return;
+    }
+    if (Key == Qt::Key_Return || Key == Qt::Key_Enter) {
+        // Enter takes the text as leaving would, and stays (QLineEdit's returnPressed follows).
+        const QPointer<TCustomNumEdit> Self(this);
+        const bool Taken = UpdateValue(false);
+        if (!Self) return;
+        if (!Taken) {
+            // Keep a dialog's default button from acting on a refused value.
+            E->accept();
+            return;
+        }
+        Q_EMIT valueEditingFinished();
+        if (!Self) return;
     }
     if (E->matches(QKeySequence::Paste)) {
         if (!isReadOnly()) PasteChecked(QClipboard::Clipboard);
@@ -241,11 +300,12 @@ void TCustomNumEdit::keyPressEvent(QKeyEvent* E) {
         if ((Mods & Qt::KeypadModifier) && (Key == Qt::Key_Period || Key == Qt::Key_Comma) &&
             Typed != QString(Sep))
             Typed = Sep;
-        if (!IsAcceptableEdit(text(), CandidateText(Typed))) {
-            QApplication::beep();
+        if (const QString Reason = RefusalReason(text(), CandidateText(Typed)); !Reason.isEmpty()) {
+            Refuse(Reason);
             E->accept();
             return;
         }
+        Accepted();
         if (Typed != E->text()) {
             insert(Typed);
             E->accept();
@@ -256,7 +316,7 @@ void TCustomNumEdit::keyPressEvent(QKeyEvent* E) {
 }
 
 void TCustomNumEdit::focusInEvent(QFocusEvent* E) {
-    FFocused = true;
+    d->FFocused = true;
     ApplyAlignment();
     QLineEdit::focusInEvent(E);
 }
@@ -266,10 +326,12 @@ void TCustomNumEdit::focusOutEvent(QFocusEvent* E) {
     // Another window or a popup taking the focus is not leaving the edit.
     if (Reason != Qt::ActiveWindowFocusReason && Reason != Qt::PopupFocusReason) {
         const QPointer<TCustomNumEdit> Self(this);
-        UpdateValue(true);
+        const bool Taken = UpdateValue(true);
         if (!Self) return;
         // A refused text gave the focus back: the edit was never left.
         if (hasFocus()) return;
+        if (Taken) Q_EMIT valueEditingFinished();
+        if (!Self) return;
     }
     QLineEdit::focusOutEvent(E);
     ApplyAlignment();
@@ -305,19 +367,22 @@ void TCustomNumEdit::dropEvent(QDropEvent* E) {
         QString New = text();
         New.insert(qBound(0, cursorPositionAt(E->position().toPoint()), static_cast<int>(New.size())),
                    E->mimeData()->text());
-        if (!IsAcceptableEdit(text(), New)) {
-            QApplication::beep();
+        if (const QString Reason = RefusalReason(text(), New); !Reason.isEmpty()) {
+            Refuse(Reason);
             E->ignore();
             return;
         }
+        Accepted();
     }
     QLineEdit::dropEvent(E);
 }
 
 void TCustomNumEdit::inputMethodEvent(QInputMethodEvent* E) {
     const QString Commit = E->commitString();
-    if (!Commit.isEmpty() && !isReadOnly() && !IsAcceptableEdit(text(), CandidateText(Commit))) {
-        QApplication::beep();
+    const QString Reason =
+        Commit.isEmpty() || isReadOnly() ? QString() : RefusalReason(text(), CandidateText(Commit));
+    if (!Reason.isEmpty()) {
+        Refuse(Reason);
         // Keep the composition, drop the refused commit.
         QInputMethodEvent Stripped(E->preeditString(), E->attributes());
         QLineEdit::inputMethodEvent(&Stripped);
@@ -328,13 +393,13 @@ void TCustomNumEdit::inputMethodEvent(QInputMethodEvent* E) {
 
 bool TCustomNumEdit::event(QEvent* E) {
     const QEvent::Type Type = E->type();
-    if (Type == QEvent::PaletteChange && !FApplyingPalette) {
+    if (Type == QEvent::PaletteChange && !d->FApplyingPalette) {
         // The host changed the palette: its text colour is the new normal colour.
         const QColor Text = palette().color(QPalette::Active, QPalette::Text);
-        if (Text != FAppliedColour) {
-            OldColor = Text;
-            FAppliedColour = Text;
-            if (!(FValue < 0)) FFontColor = OldColor;
+        if (Text != d->FAppliedColour) {
+            d->FNormalColor = Text;
+            d->FAppliedColour = Text;
+            if (!(d->FValue < 0)) d->FFontColor = d->FNormalColor;
             const bool Result = QLineEdit::event(E);
             ApplyTextColour();
             return Result;
@@ -363,24 +428,24 @@ bool TCustomNumEdit::event(QEvent* E) {
 // ---- look --------------------------------------------------------------------------------------------
 
 void TCustomNumEdit::ApplyAlignment() {
-    const Qt::Alignment Horizontal = hasFocus() ? Qt::Alignment(Qt::AlignLeft) : FAlignment;
+    const Qt::Alignment Horizontal = hasFocus() ? Qt::Alignment(Qt::AlignLeft) : d->FAlignment;
     const Qt::Alignment Wanted = Horizontal | Qt::AlignVCenter;
     if (alignment() != Wanted) setAlignment(Wanted);
 }
 
 void TCustomNumEdit::ApplyTextColour() {
-    const QColor Colour = isReadOnly() ? FReadOnlyFontColor : FFontColor;
+    const QColor Colour = isReadOnly() ? d->FReadOnlyFontColor : d->FFontColor;
     QPalette P = palette();
-    FAppliedColour = Colour;
+    d->FAppliedColour = Colour;
     if (P.color(QPalette::Active, QPalette::Text) == Colour &&
         P.color(QPalette::Inactive, QPalette::Text) == Colour)
         return;
     P.setColor(QPalette::Active, QPalette::Text, Colour);
     P.setColor(QPalette::Inactive, QPalette::Text, Colour);
-    const bool Old = FApplyingPalette;
-    FApplyingPalette = true;
+    const bool Old = d->FApplyingPalette;
+    d->FApplyingPalette = true;
     setPalette(P);
-    FApplyingPalette = Old;
+    d->FApplyingPalette = Old;
 }
 
 } // namespace qxnum

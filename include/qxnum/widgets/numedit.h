@@ -67,6 +67,7 @@
 #include <QLineEdit>
 
 #include <functional>
+#include <memory>
 
 namespace qxnum {
 
@@ -83,8 +84,63 @@ using TGetNumTextEvent = std::function<void(QObject* Sender, QString& NumText, E
 using TRangeValidateEvent = std::function<void(QObject* Sender, Extended AValue, Extended AMin, Extended AMax,
                                                QString& ErrorMessage)>;
 
+class TCustomNumEditPrivate;
+
+// Qt integration
+//   Every published property is a Q_PROPERTY under its published name. Extended-valued ones
+//   (Value, ScaledValue, Min, Max, CustomScale, ScaleOffset) are exposed as double there; the C++
+//   accessors keep the full extended precision. Writing a property runs the same setter.
+//   Signals beside the std::function hooks (the hooks remain the contract):
+//   - valueChanged(double): the base-unit value, once per accepted change of the held value
+//     (typed text taken, SetValue, limits or data type pulling it, Clear, ...). Never for a value
+//     that stays the same; NaN to NaN is no change. A change made by the OnGetNumValue hook during
+//     a read is the hook owner's own and is not signalled.
+//   - unitSystemChanged(TUnitSystem) and parTypeChanged(TParType): only when the value really
+//     changes (OnUnitSystemChange fires on every SetUnitSystem, as published).
+//   - valueEditingFinished(): after the user's text has been evaluated and taken, on leaving the
+//     edit or on Enter. QLineEdit::editingFinished is left as Qt defines it: it also fires for Enter
+//     without any evaluation and when a refused text could not take the focus back, so it cannot
+//     carry that guarantee.
+//
+// Expression input without variables: ExpressionInput lets the user type arithmetic ("2*3.5",
+// "sqrt(2)") in an edit that has no OnExprCheckVariable. Such a text is calculated by the parser on
+// leaving; the result is range checked and shown formatted. Any identifier is then unknown and
+// gives the parser's error beside the usual "is no valid numeric input" message. A text that does
+// not calculate but is a formatted number of the display form ("1,234.50", "($2.25)") is taken as
+// before. With OnExprCheckVariable assigned the variable path applies instead.
+//
+// Exactness: a text the user has not changed since the edit last formatted it is not evaluated
+// again on leaving or reading; the held value stays exactly as it was (the text shows it rounded).
+//
+// Refused input: beside the beep a tooltip at the cursor names the refused character and the
+// rule; LastRefusal() holds that text until the next accepted edit.
 class QXNUM_WIDGETS_EXPORT TCustomNumEdit : public QLineEdit {
     Q_OBJECT
+    Q_PROPERTY(double Value READ PropValue WRITE SetPropValue NOTIFY valueChanged)
+    Q_PROPERTY(double ScaledValue READ PropScaledValue WRITE SetPropScaledValue)
+    Q_PROPERTY(double Min READ PropMin WRITE SetPropMin)
+    Q_PROPERTY(double Max READ PropMax WRITE SetPropMax)
+    Q_PROPERTY(quint16 Digits READ Digits WRITE SetDigits)
+    Q_PROPERTY(quint16 Decimals READ Decimals WRITE SetDecimals)
+    Q_PROPERTY(qxnum::TDataType DataType READ DataType WRITE SetDataType)
+    Q_PROPERTY(qxnum::TNumericType NumericType READ NumericType WRITE SetNumericType)
+    Q_PROPERTY(qxnum::TParType ParType READ ParType WRITE SetParType NOTIFY parTypeChanged)
+    Q_PROPERTY(qxnum::TUnitSystem UnitSystem READ UnitSystem WRITE SetUnitSystem NOTIFY unitSystemChanged)
+    Q_PROPERTY(QString CustomFormat READ CustomFormat WRITE SetCustomFormat)
+    Q_PROPERTY(double CustomScale READ PropCustomScale WRITE SetPropCustomScale)
+    Q_PROPERTY(double ScaleOffset READ PropScaleOffset WRITE SetPropScaleOffset)
+    Q_PROPERTY(bool TrimZeroes READ TrimZeroes WRITE SetTrimZeroes)
+    Q_PROPERTY(bool AllowEmpty READ AllowEmpty WRITE SetAllowEmpty)
+    Q_PROPERTY(bool ClearIsNaN READ ClearIsNaN WRITE SetClearIsNaN)
+    Q_PROPERTY(QColor NegCol READ NegCol WRITE SetNegCol)
+    Q_PROPERTY(bool Validate READ Validate WRITE SetValidate)
+    Q_PROPERTY(QColor ReadOnlyFontColor READ ReadOnlyFontColor WRITE SetReadOnlyFontColor)
+    Q_PROPERTY(Qt::Alignment Alignment READ Alignment WRITE SetAlignment)
+    Q_PROPERTY(bool TabOnEnterKey READ TabOnEnterKey WRITE SetTabOnEnterKey)
+    Q_PROPERTY(bool InhibitExprCheckVar READ InhibitExprCheckVar WRITE SetInhibitExprCheckVar)
+    Q_PROPERTY(bool ExpressionInput READ ExpressionInput WRITE SetExpressionInput)
+    Q_PROPERTY(bool CopyEnabled READ CopyEnabled WRITE SetCopyEnabled)
+    Q_PROPERTY(bool CopyVisible READ CopyVisible WRITE SetCopyVisible)
 
 public:
     explicit TCustomNumEdit(QWidget* Parent = nullptr);
@@ -107,74 +163,80 @@ public:
     Extended ScaledValue() const;
     void SetScaledValue(Extended AValue);
 
-    Extended Min() const { return FMin; }
+    Extended Min() const;
     void SetMin(Extended AValue);
-    Extended Max() const { return FMax; }
+    Extended Max() const;
     void SetMax(Extended AValue);
-    quint16 Digits() const { return FDigits; }
+    // Sets both limits whatever they were before, then corrects the pair as the single setters do:
+    // the data type's range clips them, a Max below Min becomes Min, and the value is pulled inside.
+    void SetRange(Extended AMin, Extended AMax);
+    quint16 Digits() const;
     void SetDigits(quint16 AValue);
     // For ntParType the decimal count of the effective picture, otherwise the stored count.
     quint16 Decimals() const;
     void SetDecimals(quint16 AValue);
-    TDataType DataType() const { return FDataType; }
+    TDataType DataType() const;
     void SetDataType(TDataType AValue);
-    TNumericType NumericType() const { return FNumericType; }
+    TNumericType NumericType() const;
     void SetNumericType(TNumericType AValue);
-    TParType ParType() const { return FParType; }
+    TParType ParType() const;
     virtual void SetParType(TParType AValue);
-    TUnitSystem UnitSystem() const { return FUnitSystem; }
+    TUnitSystem UnitSystem() const;
     virtual void SetUnitSystem(TUnitSystem AValue);
-    QString CustomFormat() const { return Fcustomformat; }
+    QString CustomFormat() const;
     void SetCustomFormat(const QString& AValue);
-    Extended CustomScale() const { return FCustomScale; }
+    Extended CustomScale() const;
     // Ignored unless greater than 1e-14.
     void SetCustomScale(Extended AValue);
-    Extended ScaleOffset() const { return FScaleOffset; }
+    Extended ScaleOffset() const;
     void SetScaleOffset(Extended AValue);
-    bool TrimZeroes() const { return FTrimZeroes; }
+    bool TrimZeroes() const;
     void SetTrimZeroes(bool AValue);
-    bool AllowEmpty() const { return FAllowEmpty; }
+    bool AllowEmpty() const;
     void SetAllowEmpty(bool AValue);
-    bool ClearIsNaN() const { return FClearIsNaN; }
-    void SetClearIsNaN(bool AValue) { FClearIsNaN = AValue; }
-    QColor NegCol() const { return FNegColor; }
+    bool ClearIsNaN() const;
+    void SetClearIsNaN(bool AValue);
+    QColor NegCol() const;
     void SetNegCol(const QColor& AValue);
-    bool Validate() const { return FValidate; }
+    bool Validate() const;
     void SetValidate(bool AValue);
-    QColor ReadOnlyFontColor() const { return FReadOnlyFontColor; }
+    QColor ReadOnlyFontColor() const;
     void SetReadOnlyFontColor(const QColor& AValue);
     // Resting horizontal alignment: Qt::AlignLeft, Qt::AlignRight (default) or Qt::AlignHCenter.
-    Qt::Alignment Alignment() const { return FAlignment; }
+    Qt::Alignment Alignment() const;
     void SetAlignment(Qt::Alignment AValue);
-    bool TabOnEnterKey() const { return FTabOnEnterKey; }
-    void SetTabOnEnterKey(bool AValue) { FTabOnEnterKey = AValue; }
-    bool InhibitExprCheckVar() const { return FInhibitExprCheckVar; }
-    void SetInhibitExprCheckVar(bool AValue) { FInhibitExprCheckVar = AValue; }
+    bool TabOnEnterKey() const;
+    void SetTabOnEnterKey(bool AValue);
+    bool InhibitExprCheckVar() const;
+    void SetInhibitExprCheckVar(bool AValue);
+    // Arithmetic input without a variable callback (see the header comment). Off by default.
+    bool ExpressionInput() const;
+    void SetExpressionInput(bool AValue);
     // Used by the labelled input: whether its labels follow the edit's enabled and visible state.
-    bool CopyEnabled() const { return FCopyEnabled; }
-    void SetCopyEnabled(bool AValue) { FCopyEnabled = AValue; }
-    bool CopyVisible() const { return FCopyVisible; }
-    void SetCopyVisible(bool AValue) { FCopyVisible = AValue; }
+    bool CopyEnabled() const;
+    void SetCopyEnabled(bool AValue);
+    bool CopyVisible() const;
+    void SetCopyVisible(bool AValue);
     // The normal (non-negative) text colour, taken from the palette.
-    QColor NormalFontColor() const { return OldColor; }
+    QColor NormalFontColor() const;
 
     // Events.
-    TGetNumTextEvent OnGetNumText() const { return FOnGetNumText; }
-    void SetOnGetNumText(TGetNumTextEvent AEvent) { FOnGetNumText = std::move(AEvent); }
-    TSetNumValueEvent OnSetNumValue() const { return FOnSetNumValue; }
-    void SetOnSetNumValue(TSetNumValueEvent AEvent) { FOnSetNumValue = std::move(AEvent); }
-    TGetNumValueEvent OnGetNumValue() const { return FOnGetNumValue; }
-    void SetOnGetNumValue(TGetNumValueEvent AEvent) { FOnGetNumValue = std::move(AEvent); }
-    TRangeValidateEvent OnRangeValidate() const { return FOnRangeValidate; }
-    void SetOnRangeValidate(TRangeValidateEvent AEvent) { FOnRangeValidate = std::move(AEvent); }
-    TNotifyEvent OnParTypeChange() const { return FOnParTypeChange; }
-    void SetOnParTypeChange(TNotifyEvent AEvent) { FOnParTypeChange = std::move(AEvent); }
-    TNotifyEvent OnUnitSystemChange() const { return FOnUnitSystemChange; }
-    void SetOnUnitSystemChange(TNotifyEvent AEvent) { FOnUnitSystemChange = std::move(AEvent); }
-    TOnCheckVariableEvent OnExprCheckVariable() const { return FOnExprCheckVariable; }
-    void SetOnExprCheckVariable(TOnCheckVariableEvent AEvent) { FOnExprCheckVariable = std::move(AEvent); }
-    TNotifyEvent OnChange() const { return FOnChange; }
-    void SetOnChange(TNotifyEvent AEvent) { FOnChange = std::move(AEvent); }
+    TGetNumTextEvent OnGetNumText() const;
+    void SetOnGetNumText(TGetNumTextEvent AEvent);
+    TSetNumValueEvent OnSetNumValue() const;
+    void SetOnSetNumValue(TSetNumValueEvent AEvent);
+    TGetNumValueEvent OnGetNumValue() const;
+    void SetOnGetNumValue(TGetNumValueEvent AEvent);
+    TRangeValidateEvent OnRangeValidate() const;
+    void SetOnRangeValidate(TRangeValidateEvent AEvent);
+    TNotifyEvent OnParTypeChange() const;
+    void SetOnParTypeChange(TNotifyEvent AEvent);
+    TNotifyEvent OnUnitSystemChange() const;
+    void SetOnUnitSystemChange(TNotifyEvent AEvent);
+    TOnCheckVariableEvent OnExprCheckVariable() const;
+    void SetOnExprCheckVariable(TOnCheckVariableEvent AEvent);
+    TNotifyEvent OnChange() const;
+    void SetOnChange(TNotifyEvent AEvent);
 
     // True while OnExprCheckVariable is assigned and InhibitExprCheckVar is off.
     bool ExprPathActive() const;
@@ -207,21 +269,25 @@ public:
     // The text as an amount in words; "ERROR" when it is not an amount.
     QString AsMoneyStr() const;
 
-    bool IsValid() const { return FIsValid; }
-    bool IsChanging() const { return FChanging; }
+    bool IsValid() const;
+    bool IsChanging() const;
     // Set on entering the edit, cleared when a text is taken on leaving.
-    bool Focused() const { return FFocused; }
+    bool Focused() const;
 
     // The form or field frame the edit sits in (nullptr for a parentless edit).
     QWidget* OwnerWidget() const;
     // Design mode: no focus moves from checks; a designer plugin sets it.
-    bool IsDesigning() const { return FDesigning; }
-    void SetDesigning(bool AValue) { FDesigning = AValue; }
+    bool IsDesigning() const;
+    void SetDesigning(bool AValue);
 
     // The keystroke filter's length limit for the current settings.
-    int MaxTextLength() const { return FMaxTextLength; }
+    int MaxTextLength() const;
     // Whether the keystroke filter lets the text change from OldText to NewText.
     bool IsAcceptableEdit(const QString& OldText, const QString& NewText) const;
+    // Why the filter refuses the change from OldText to NewText; empty when it accepts it.
+    QString RefusalReason(const QString& OldText, const QString& NewText) const;
+    // The reason last shown for a refused edit; empty after an accepted one.
+    QString LastRefusal() const;
     // Inserts S at the cursor (replacing the selection) when the filter accepts it; beeps otherwise.
     bool InsertChecked(const QString& S);
     // Pastes from the clipboard through the filter.
@@ -229,8 +295,10 @@ public:
 
 Q_SIGNALS:
     void changed();
-    void parTypeChanged();
-    void unitSystemChanged();
+    void parTypeChanged(qxnum::TParType ParType);
+    void unitSystemChanged(qxnum::TUnitSystem UnitSystem);
+    void valueChanged(double Value);
+    void valueEditingFinished();
 
 protected:
     bool event(QEvent* E) override;
@@ -249,54 +317,31 @@ protected:
     void SelectAndFocus();
 
 private:
-    struct TTypingRules;
-    TTypingRules TypingRules() const;
+    friend class TCustomNumEditPrivate;
     bool CancelButtonActivated() const;
     bool ReadOutRange(TDataType RangeOf, Extended Hi);
     void SetTextIfDiffers(const QString& S);
+    bool EvaluateText(bool Exiting);
+    // Emits valueChanged when the held value differs from the one last signalled.
+    void NotifyValue();
+    // Beep and tooltip for a refused edit; hides a shown tooltip after an accepted one.
+    void Refuse(const QString& Reason);
+    void Accepted();
 
-    TGetNumTextEvent FOnGetNumText;
-    TSetNumValueEvent FOnSetNumValue;
-    TGetNumValueEvent FOnGetNumValue;
-    TRangeValidateEvent FOnRangeValidate;
-    TUnitSystem FUnitSystem = usSI;
-    bool FCopyEnabled = true;
-    bool FCopyVisible = true;
-    Extended FCustomScale = 1.0L;
-    Extended FScaleOffset = 0.0L;
-    QString Fcustomformat;
-    TNotifyEvent FOnParTypeChange;
-    TNotifyEvent FOnUnitSystemChange;
-    bool FTrimZeroes = false;
-    bool FAllowEmpty = false;
-    QColor FReadOnlyFontColor = QColor(0, 0, 255);
-    Qt::Alignment FAlignment = Qt::AlignRight;
-    quint16 FDecimals = 2;
-    quint16 FDigits = 12;
-    bool FFocused = false;
-    Extended FMax = 0.0L;
-    Extended FMin = 0.0L;
-    QColor FNegColor = QColor(0, 0, 0);
-    TNumericType FNumericType = ntGeneral;
-    QColor OldColor;
-    TDataType FDataType = dtExtended;
-    bool FTabOnEnterKey = false;
-    Extended FValue = 0.0L;
-    bool FValidate = true;
-    bool FInhibitExprCheckVar = false;
-    TOnCheckVariableEvent FOnExprCheckVariable;
-    bool FClearIsNaN = false;
-    TParType FParType = ptNone;
-    bool FChanging = false;
-    bool FIsValid = true;
+    double PropValue() { return static_cast<double>(GetValue()); }
+    void SetPropValue(double AValue) { SetValue(AValue); }
+    double PropScaledValue() const { return static_cast<double>(ScaledValue()); }
+    void SetPropScaledValue(double AValue) { SetScaledValue(AValue); }
+    double PropMin() const { return static_cast<double>(Min()); }
+    void SetPropMin(double AValue) { SetMin(AValue); }
+    double PropMax() const { return static_cast<double>(Max()); }
+    void SetPropMax(double AValue) { SetMax(AValue); }
+    double PropCustomScale() const { return static_cast<double>(CustomScale()); }
+    void SetPropCustomScale(double AValue) { SetCustomScale(AValue); }
+    double PropScaleOffset() const { return static_cast<double>(ScaleOffset()); }
+    void SetPropScaleOffset(double AValue) { SetScaleOffset(AValue); }
 
-    TNotifyEvent FOnChange;
-    int FMaxTextLength = 12;
-    bool FDesigning = false;
-    bool FEvaluating = false;      // an expression of this edit is being calculated
-    bool FApplyingPalette = false; // our own palette change, not the host's
-    QColor FFontColor;             // the colour FormatText chose (negative or normal)
-    QColor FAppliedColour;         // the text colour last put into the palette
+    const std::unique_ptr<TCustomNumEditPrivate> d;
 };
 
 // The published numeric edit, registered as "TNumEdit".
