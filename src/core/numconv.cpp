@@ -2,6 +2,8 @@
 // value (correctly rounded from the binary value) rounded half away from zero to what is shown.
 #include <qxnum/numconv.h>
 
+#include "numconv_digits.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>

@@ -10,6 +10,8 @@
 // (never for random values in practice) do we hand the value to std::to_chars.
 #include <qxnum/numconv.h>
 
+#include "numconv_digits.h"
+
 #include <array>
 #include <bit>
 #include <charconv>

@@ -1,5 +1,7 @@
 #include <qxnum/filer.h>
 
+#include "pipedevice.h"
+
 #include <QBuffer>
 #include <QDate>
 #include <QTime>
@@ -39,27 +41,7 @@ struct TSource {
     QBuffer Buf;
 };
 
-// A device that cannot seek, like a pipe or a socket.
-class TPipe : public QIODevice {
-public:
-    explicit TPipe(const QByteArray& Data) : FData(Data) { open(QIODevice::ReadOnly); }
-    bool isSequential() const override { return true; }
-    qint64 bytesAvailable() const override { return FData.size() - FPos + QIODevice::bytesAvailable(); }
-
-protected:
-    qint64 readData(char* Data, qint64 MaxSize) override {
-        const qint64 N = std::min<qint64>(MaxSize, FData.size() - FPos);
-        if (N <= 0) return -1;
-        std::memcpy(Data, FData.constData() + FPos, static_cast<std::size_t>(N));
-        FPos += N;
-        return N;
-    }
-    qint64 writeData(const char*, qint64) override { return -1; }
-
-private:
-    QByteArray FData;
-    qint64 FPos = 0;
-};
+using qxnum::test::TPipe;
 
 QByteArray ExtBytes(Extended V) {
     const TExt80Bytes B = ExtendedToExt80(V);

@@ -2,6 +2,8 @@
 // 18-digit generator checked against std::to_chars.
 #include <qxnum/numconv.h>
 
+#include "../../src/core/numconv_digits.h"
+
 #include <gtest/gtest.h>
 
 #include <cfloat>
