@@ -2,6 +2,8 @@
 // Every value that reads must write and read back to the same value.
 #include <qxnum/filer.h>
 
+#include "../tests/support/pipedevice.h"
+
 #include <QBuffer>
 
 #include <cmath>
@@ -12,27 +14,10 @@ using namespace qxnum;
 
 namespace {
 
-// A device that cannot seek, so the reader's sequential path is covered as well.
-class TPipe : public QIODevice {
-public:
-    explicit TPipe(const QByteArray& Data) : FData(Data) {
-        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-    }
-    bool isSequential() const override { return true; }
-
-protected:
-    qint64 readData(char* Data, qint64 MaxSize) override {
-        const qint64 N = std::min<qint64>(MaxSize, FData.size() - FPos);
-        if (N <= 0) return -1;
-        std::memcpy(Data, FData.constData() + FPos, static_cast<std::size_t>(N));
-        FPos += N;
-        return N;
-    }
-    qint64 writeData(const char*, qint64) override { return -1; }
-
-private:
-    QByteArray FData;
-    qint64 FPos = 0;
+// Unbuffered, so that the reader itself hands peeked tags back.
+struct TPipe : qxnum::test::TPipe {
+    explicit TPipe(const QByteArray& Data)
+        : qxnum::test::TPipe(Data, QIODevice::ReadOnly | QIODevice::Unbuffered) {}
 };
 
 void Check(bool Ok) {

@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 namespace qxcase {
 
@@ -47,5 +48,9 @@ bool DumpStream(const QByteArray& Data, QString& Out, QString& Error);
 // texts of its content, under the path of the element that holds it. False (with Error) for a
 // malformed document.
 bool ListXmlCase(const QByteArray& Data, QString& Out, QString& Error);
+
+// The whole tool on its arguments (without the program name): the report, the messages and the
+// exit status (0 done, 1 unreadable or malformed file, 2 wrong command line).
+int Run(const QStringList& Args, QString& Out, QString& Err);
 
 } // namespace qxcase

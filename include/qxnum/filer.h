@@ -14,10 +14,15 @@
 // other text -> 14 when its UTF-8 form is shorter than twice its UTF-16 length, else 12 (also
 // for text with an unpaired surrogate, which UTF-8 cannot carry).
 //
+// TWriter::SetStringMode chooses another layout, to reproduce files of a given generation of
+// older tools byte for byte (see TStringMode).
+//
 // Reading is tolerant where the classic reader was: ReadInteger takes 02/03/04, ReadInt64 also 13,
 // ReadFloat takes 05, 15 and the integer tags, ReadString takes 06, 0C, 12 and 14. 8-bit text was
-// written in the writer's ANSI code page: it is decoded as UTF-8 when valid, otherwise as
-// Windows-1252.
+// written in the writer's ANSI code page: by default it is decoded as UTF-8 when valid, otherwise
+// as Windows-1252; TReader::SetCodePage names the code page of the writing machine instead.
+// Code pages: Windows-1250 to 1258 are always available (built-in tables); others, such as 936
+// (GBK), through Qt's named decoders, present when Qt was built with ICU (CodePageAvailable).
 //
 // Errors: a tag that does not fit the requested kind raises EReadError "Invalid property value"
 // (with the offset of the tag and the kind expected); a stream that ends inside a value raises
@@ -128,6 +133,19 @@ QXNUM_CORE_EXPORT double DateTimeToFileDate(const QDateTime& Value);
 // Invalid QDateTime for NaN, infinities and days outside QDate's range; local-time spec.
 QXNUM_CORE_EXPORT QDateTime FileDateToDateTime(double Days);
 
+// --- Text encodings -----------------------------------------------------------------------------
+
+// True when 8-bit text in the given Windows code page (1250, 1251, ..., 936) can be read and written.
+bool CodePageAvailable(int CodePage);
+
+// How TWriter tags text.
+enum TStringMode : quint8 {
+    smDefault, // ASCII -> 06/0C; other text -> 14 or 12, whichever is shorter (see above)
+    smAnsi,    // 06/0C in the writer's code page when every character has a byte there, else as smDefault
+    smUtf8,    // always 14 (12 for text with an unpaired surrogate, which UTF-8 cannot carry)
+    smUtf16,   // always 12
+};
+
 // --- Writer -------------------------------------------------------------------------------------
 
 class QXNUM_CORE_EXPORT TWriter {
@@ -169,6 +187,10 @@ public:
     void WriteSet(const QStringList& Names);
     void WriteBinary(const QByteArray& Data);
 
+    // CodePage serves smAnsi; Exception when it is not available.
+    void SetStringMode(TStringMode Mode, int CodePage = 1252);
+    TStringMode StringMode() const { return FStringMode; }
+
 private:
     void Put(const void* Buf, qint64 Count);
     void PutByte(quint8 B) {
@@ -176,10 +198,13 @@ private:
         FBuffer[FBufPos++] = B;
     }
     void WriteShortStr(const QByteArray& Bytes);
+    void Write8Bit(const char* Text, qsizetype Len);
 
     QIODevice* FStream;
     std::vector<quint8> FBuffer;
     std::size_t FBufPos = 0;
+    TStringMode FStringMode = smDefault;
+    int FCodePage = 1252;
 };
 
 // --- Reader -------------------------------------------------------------------------------------
@@ -237,6 +262,11 @@ public:
     // empty name, a collection with its items. Nesting depth is limited only by the stream.
     void SkipValue();
 
+    // The code page of 8-bit text (06, 0C, 07, 0B); 0, the default, is UTF-8 when valid, else
+    // Windows-1252. Exception when it is not available.
+    void SetCodePage(int CodePage);
+    int CodePage() const { return FCodePage; }
+
 private:
     const quint8* Need(std::size_t Count);
     bool Fill(std::size_t Count);
@@ -255,6 +285,7 @@ private:
     std::size_t FBufPos = 0; // next byte in FBuffer
     std::size_t FBufEnd = 0; // valid bytes in FBuffer
     qint64 FBufStart = 0;    // device offset of FBuffer[0]
+    int FCodePage = 0;
 };
 
 } // namespace qxnum

@@ -83,11 +83,4 @@ QXNUM_CORE_EXPORT Extended QX_StrToFloatDef(const QString& S, Extended Default,
 // Throws EConvertError for text that is not an amount or is too large.
 QXNUM_CORE_EXPORT QString MoneyStr(const QString& Amount);
 
-namespace detail {
-// The 18 significant digits of |Value| (finite), correctly rounded from the binary value with ties
-// to even, as 18 ASCII digits in Digits; returns the decimal exponent E of d.ddd...*10^E. Zero gives
-// 18 '0's and 0. This is what std::to_chars(|Value|, scientific, 17) prints, only faster.
-int ExtendedDigits18(const Extended& Value, char* Digits);
-} // namespace detail
-
 } // namespace qxnum

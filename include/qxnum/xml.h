@@ -8,7 +8,9 @@
 // siblings (two more spaces than their parent when they are the first child).
 //
 // Accepted input: UTF-8 with or without a byte order mark; one root element; characters of the
-// XML 1.0 character set (no control characters other than tab, line feed and carriage return).
+// XML 1.0 character set (no control characters other than tab, line feed and carriage return,
+// no U+FFFE, U+FFFF); no character references to others either, except to the controls U+0001 to
+// U+001F, which earlier versions wrote; elements nested at most 1000 levels deep.
 // Anything else raises EXmlError with the line and column of the fault, and leaves the document
 // as it was. Entity references declared in a DOCTYPE are not expanded (a value shows "&name;"
 // as it stands); duplicate attribute names are tolerated (the first one is used).
@@ -16,7 +18,9 @@
 // Values are decoded the XML way when read: line ends become "\n", character references and the
 // five predefined entities are resolved, and attribute values have tab and line breaks normalised
 // to spaces. Written values are escaped so that they read back exactly, "\r", tabs and line
-// breaks in attributes included.
+// breaks in attributes included, with one exception: what XML 1.0 cannot carry at all (U+0000,
+// the other controls except tab and line ends, unpaired surrogates, U+FFFE, U+FFFF) is written
+// as U+FFFD. Binary streams keep such text as it is.
 //
 // Typed values:
 //   integer   decimal, optional sign, blanks around are ignored, 32-bit range

@@ -1,5 +1,7 @@
 #include <qxnum/filer.h>
 
+#include "textcodec.h"
+
 #include <QDate>
 #include <QIODevice>
 #include <QStringDecoder>
@@ -100,13 +102,6 @@ QString TagText(quint8 Tag) {
     return Hex;
 }
 
-// Windows-1252 bytes 80..9F; the five unassigned ones map to the C1 controls as Windows does.
-constexpr char16_t Cp1252High[32] = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
-};
-
 bool IsAscii(const quint8* P, qint64 N) {
     quint8 Or = 0;
     for (qint64 I = 0; I < N; ++I)
@@ -114,57 +109,16 @@ bool IsAscii(const quint8* P, qint64 N) {
     return Or < 0x80;
 }
 
-// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF.
-bool IsValidUtf8(const quint8* P, qint64 N) {
-    qint64 I = 0;
-    while (I < N) {
-        const quint8 C = P[I];
-        if (C < 0x80) {
-            ++I;
-            continue;
-        }
-        int Len;
-        quint32 Cp;
-        if ((C & 0xE0) == 0xC0) {
-            Len = 2;
-            Cp = C & 0x1F;
-        } else if ((C & 0xF0) == 0xE0) {
-            Len = 3;
-            Cp = C & 0x0F;
-        } else if ((C & 0xF8) == 0xF0) {
-            Len = 4;
-            Cp = C & 0x07;
-        } else {
-            return false;
-        }
-        if (N - I < Len) return false;
-        for (int K = 1; K < Len; ++K) {
-            if ((P[I + K] & 0xC0) != 0x80) return false;
-            Cp = (Cp << 6) | (P[I + K] & 0x3F);
-        }
-        if ((Len == 2 && Cp < 0x80) || (Len == 3 && Cp < 0x800) || (Len == 4 && Cp < 0x10000)) return false;
-        if (Cp > 0x10FFFF || (Cp >= 0xD800 && Cp <= 0xDFFF)) return false;
-        I += Len;
-    }
-    return true;
-}
-
-// QString::fromUtf8 drops a leading byte order mark, which is text the writer stored.
 QString Utf8Text(const char* P, qint64 N) {
-    QStringDecoder Decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-    return Decoder.decode(QByteArrayView(P, N));
+    return detail::Utf8KeepBom(QByteArrayView(P, N));
 }
 
-QString Decode8Bit(const quint8* P, qint64 N) {
+// CodePage 0: UTF-8 when valid, else Windows-1252, the rule for files of unknown origin.
+QString Decode8Bit(int CodePage, const quint8* P, qint64 N) {
     if (IsAscii(P, N)) return QString::fromLatin1(reinterpret_cast<const char*>(P), N);
-    if (IsValidUtf8(P, N)) return Utf8Text(reinterpret_cast<const char*>(P), N);
-    QString S(N, Qt::Uninitialized);
-    QChar* D = S.data();
-    for (qint64 I = 0; I < N; ++I) {
-        const quint8 C = P[I];
-        D[I] = (C >= 0x80 && C < 0xA0) ? QChar(Cp1252High[C - 0x80]) : QChar(C);
-    }
-    return S;
+    const QByteArrayView Bytes(P, N);
+    if (CodePage == 0 && Bytes.isValidUtf8()) return detail::Utf8KeepBom(Bytes);
+    return detail::DecodeCodePage(CodePage == 0 ? 1252 : CodePage, Bytes);
 }
 
 bool IsIntTag(quint8 Tag) {
@@ -241,6 +195,10 @@ qint64 EpochJulianDay() {
     return QDate(1899, 12, 30).toJulianDay();
 }
 } // namespace
+
+bool CodePageAvailable(int CodePage) {
+    return detail::CodePageAvailable(CodePage);
+}
 
 double DateTimeToFileDate(const QDateTime& Value) {
     if (!Value.isValid()) return std::numeric_limits<double>::quiet_NaN();
@@ -394,6 +352,20 @@ void TWriter::WriteDate(double Days) {
     Put(B, 9);
 }
 
+void TWriter::Write8Bit(const char* Text, qsizetype Len) {
+    quint8 Head[5];
+    if (Len <= 255) {
+        Head[0] = vaString;
+        Head[1] = static_cast<quint8>(Len);
+        Put(Head, 2);
+    } else {
+        Head[0] = vaLString;
+        qToLittleEndian<qint32>(static_cast<qint32>(Len), Head + 1);
+        Put(Head, 5);
+    }
+    Put(Text, Len);
+}
+
 void TWriter::WriteString(const QString& Value) {
     const qsizetype Len = Value.size();
     const char16_t* U = reinterpret_cast<const char16_t*>(Value.utf16());
@@ -403,7 +375,7 @@ void TWriter::WriteString(const QString& Value) {
     if (Len > std::numeric_limits<qint32>::max() / 3)
         throw EWriteError(QStringLiteral("String too long for the stream"));
 
-    if (Or < 0x80) {
+    if (Or < 0x80 && FStringMode <= smAnsi) {
         quint8 Head[5];
         if (Len <= 255) {
             Head[0] = vaString;
@@ -425,12 +397,19 @@ void TWriter::WriteString(const QString& Value) {
         }
         return;
     }
+    if (FStringMode == smAnsi) {
+        QByteArray Bytes;
+        if (detail::EncodeCodePage(FCodePage, Value, Bytes)) {
+            Write8Bit(Bytes.constData(), Bytes.size());
+            return;
+        }
+    }
 
     // Text with an unpaired surrogate has no UTF-8 form; UTF-16 keeps it as it is.
-    const bool Utf16Only = !Value.isValidUtf16();
+    const bool Utf16Only = FStringMode == smUtf16 || !Value.isValidUtf16();
     const QByteArray Utf8 = Utf16Only ? QByteArray() : Value.toUtf8();
     quint8 Head[5];
-    if (!Utf16Only && Utf8.size() < 2 * Len) {
+    if (!Utf16Only && (FStringMode == smUtf8 || Utf8.size() < 2 * Len)) {
         Head[0] = vaUTF8String;
         qToLittleEndian<qint32>(static_cast<qint32>(Utf8.size()), Head + 1);
         Put(Head, 5);
@@ -447,6 +426,13 @@ void TWriter::WriteString(const QString& Value) {
             Put(Le.constData(), Le.size());
         }
     }
+}
+
+void TWriter::SetStringMode(TStringMode Mode, int CodePage) {
+    if (Mode == smAnsi && !detail::CodePageAvailable(CodePage))
+        throw Exception(QStringLiteral("Code page %1 is not available").arg(CodePage));
+    FStringMode = Mode;
+    FCodePage = CodePage;
 }
 
 void TWriter::WriteShortStr(const QByteArray& Bytes) {
@@ -788,10 +774,10 @@ QString TReader::Read8Bit(qint64 Count) {
     if (Count < 0) ReadFailed(Position());
     if (Count <= static_cast<qint64>(FBuffer.size())) {
         const quint8* P = Need(static_cast<std::size_t>(Count));
-        return Decode8Bit(P, Count);
+        return Decode8Bit(FCodePage, P, Count);
     }
     const QByteArray Bytes = ReadBytes(Count);
-    return Decode8Bit(reinterpret_cast<const quint8*>(Bytes.constData()), Bytes.size());
+    return Decode8Bit(FCodePage, reinterpret_cast<const quint8*>(Bytes.constData()), Bytes.size());
 }
 
 QString TReader::ReadString() {
@@ -839,7 +825,7 @@ QString TReader::ReadIdent() {
     case vaIdent: {
         ++FBufPos;
         const std::size_t Len = ReadByte();
-        return Decode8Bit(Need(Len), static_cast<qint64>(Len));
+        return Decode8Bit(FCodePage, Need(Len), static_cast<qint64>(Len));
     }
     case vaFalse:
         ++FBufPos;
@@ -866,7 +852,7 @@ QStringList TReader::ReadSet() {
     for (;;) {
         const std::size_t Len = ReadByte();
         if (Len == 0) break;
-        Names.append(Decode8Bit(Need(Len), static_cast<qint64>(Len)));
+        Names.append(Decode8Bit(FCodePage, Need(Len), static_cast<qint64>(Len)));
     }
     return Names;
 }
@@ -876,6 +862,12 @@ QByteArray TReader::ReadBinary() {
     if (Tag != vaBinary) InvalidValue(Position(), Tag, "binary data");
     ++FBufPos;
     return ReadBytes(qFromLittleEndian<qint32>(Need(4)));
+}
+
+void TReader::SetCodePage(int CodePage) {
+    if (CodePage != 0 && !detail::CodePageAvailable(CodePage))
+        throw Exception(QStringLiteral("Code page %1 is not available").arg(CodePage));
+    FCodePage = CodePage;
 }
 
 void TReader::SkipValue() {
@@ -904,7 +896,10 @@ void TReader::SkipValue() {
             if (Open.back() == InItemProps) SkipBytes(ReadByte()); // property name
         }
         const qint64 TagPos = Position();
-        const quint8 Tag = ReadByte();
+        // Peeked, not read: an unknown tag stays unread, as with the typed reads.
+        const quint8 Tag = NextValue();
+        if (Tag > vaDouble) InvalidValue(TagPos, Tag, "a value");
+        ++FBufPos;
         switch (Tag) {
         case vaNull:
         case vaFalse:

@@ -2,6 +2,8 @@
 // value (correctly rounded from the binary value) rounded half away from zero to what is shown.
 #include <qxnum/numconv.h>
 
+#include "numconv_digits.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -41,7 +43,7 @@ TDecimal ToDecimal(const Extended& Value) {
         std::memcpy(&X, D.Digits + 8 * W, 8);
         X ^= 0x3030303030303030ULL;
         if (X != 0) {
-            D.Count = 8 * W + (63 - __builtin_clzll(X)) / 8 + 1;
+            D.Count = 8 * W + (static_cast<int>(std::bit_width(X)) - 1) / 8 + 1;
             break;
         }
     }
@@ -466,7 +468,8 @@ QString FloatToStrF(Extended Value, TFloatFormat Format, int Precision, int Digi
                     const TFormatSettings& Settings) {
     if (!std::isfinite(Value)) return NonFiniteText(Value);
     Precision = std::clamp(Precision, 2, 18);
-    const int ExpDigits = std::clamp(Digits, 0, 4);
+    // A width above 4 means none at all, not the widest.
+    const int ExpDigits = Digits > 4 ? 0 : std::max(Digits, 0);
     const TDecimal Exact = ToDecimal(Value);
     TOut Out;
     switch (Format) {
@@ -489,7 +492,8 @@ QString FloatToStrF(Extended Value, TFloatFormat Format, int Precision, int Digi
     case ffCurrency: {
         const int Decimals = std::clamp(Digits, 0, 18);
         TDecimal D = Exact;
-        RoundTo(D, D.Exp + Decimals);
+        // One rounding to whichever is shorter: Precision significant digits or the decimals.
+        RoundTo(D, std::min(Precision, D.Exp + Decimals));
         if (D.Exp > Precision) {
             PutGeneral(Out, Exact, Precision, ExpDigits, Settings.DecimalSeparator);
             break;

@@ -10,7 +10,10 @@
 // (never for random values in practice) do we hand the value to std::to_chars.
 #include <qxnum/numconv.h>
 
+#include "numconv_digits.h"
+
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -35,7 +38,7 @@ constexpr std::array<u64, 28> Pow5 = [] {
 constexpr u64 Pow5_27 = Pow5[27];
 
 int BitLength(u64 X) {
-    return X == 0 ? 0 : 64 - __builtin_clzll(X);
+    return static_cast<int>(std::bit_width(X));
 }
 
 // A 256-bit mantissa W (top bit set) times 2^Exp, used only to build the table.

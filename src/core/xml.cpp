@@ -8,6 +8,8 @@
 // side table keyed by the tree node and dropped when the node's attributes change.
 #include <qxnum/xml.h>
 
+#include "textcodec.h"
+
 #include <QFile>
 #include <QSaveFile>
 #include <QStringDecoder>
@@ -139,8 +141,31 @@ void AppendCharRef(std::string& Out, unsigned C) {
     Out += ';';
 }
 
+// What XML 1.0 cannot carry (U+0000, lone surrogates, U+FFFE, U+FFFF) becomes U+FFFD.
+QString XmlCharacters(const QString& Value) {
+    const qsizetype N = Value.size();
+    const QChar* U = Value.constData();
+    QString Out;
+    for (qsizetype I = 0; I < N; ++I) {
+        const char16_t C = U[I].unicode();
+        bool Bad = C == 0 || C == 0xFFFE || C == 0xFFFF;
+        if (QChar::isHighSurrogate(C)) {
+            if (I + 1 < N && U[I + 1].isLowSurrogate())
+                ++I;
+            else
+                Bad = true;
+        } else if (QChar::isLowSurrogate(C)) {
+            Bad = true;
+        }
+        if (!Bad) continue;
+        if (Out.isNull()) Out = Value;
+        Out[I] = QChar::ReplacementCharacter;
+    }
+    return Out.isNull() ? Value : Out;
+}
+
 std::string Escape(const QString& Value, bool Attribute) {
-    const QByteArray B = Value.toUtf8();
+    const QByteArray B = XmlCharacters(Value).toUtf8();
     std::string Out;
     Out.reserve(static_cast<std::size_t>(B.size()) + 8);
     for (const char Ch : B) {
@@ -168,11 +193,14 @@ std::string Escape(const QString& Value, bool Attribute) {
             else
                 Out += Ch;
             break;
+        case '\r':
+            // A literal one would become a line feed when read.
+            AppendCharRef(Out, C);
+            break;
         default:
-            // Everything below a blank would not survive a reader: line-end and attribute
-            // normalisation, or characters XML does not allow literally.
+            // Other controls are no XML characters, not even as references.
             if (C < 0x20)
-                AppendCharRef(Out, C);
+                Out += "\xEF\xBF\xBD";
             else
                 Out += Ch;
         }
@@ -198,6 +226,37 @@ void AppendUtf8(std::string& Out, char32_t C) {
     }
 }
 
+// The number of a character reference body "#65" or "#x41"; NoCharRef when it is not one.
+constexpr unsigned long NoCharRef = static_cast<unsigned long>(-1);
+
+unsigned long CharRefValue(std::string_view Body) {
+    const bool Hex = Body.size() >= 2 && Body[1] == 'x';
+    const std::string_view Digits = Body.substr(Hex ? 2 : 1);
+    if (Digits.empty()) return NoCharRef;
+    unsigned long V = 0;
+    const auto R = std::from_chars(Digits.data(), Digits.data() + Digits.size(), V, Hex ? 16 : 10);
+    if (R.ec == std::errc::result_out_of_range) return 0x110000;
+    if (R.ec != std::errc() || R.ptr != Digits.data() + Digits.size()) return NoCharRef;
+    return V;
+}
+
+// References to controls other than tab and line ends are accepted for files of earlier versions,
+// which wrote them.
+bool IsCharRefAllowed(unsigned long V) {
+    return V != 0 && V <= 0x10FFFF && !(V >= 0xD800 && V <= 0xDFFF) && V != 0xFFFE && V != 0xFFFF;
+}
+
+// Offset in Raw of the first character reference that names no XML character, or npos.
+std::size_t FindBadCharRef(std::string_view Raw) {
+    for (std::size_t I = Raw.find("&#"); I != std::string_view::npos; I = Raw.find("&#", I + 2)) {
+        const std::size_t Semi = Raw.find(';', I + 2);
+        if (Semi == std::string_view::npos) return std::string_view::npos;
+        const unsigned long V = CharRefValue(Raw.substr(I + 1, Semi - I - 1));
+        if (V != NoCharRef && !IsCharRefAllowed(V)) return I;
+    }
+    return std::string_view::npos;
+}
+
 // A reference starting at S[0] == '&'; on success appends the character and returns the length
 // of the reference, otherwise 0 (the '&' is then literal text).
 std::size_t DecodeReference(std::string_view S, std::string& Out) {
@@ -216,13 +275,8 @@ std::size_t DecodeReference(std::string_view S, std::string& Out) {
     else if (Body == "apos")
         C = '\'';
     else if (Body.size() >= 2 && Body[0] == '#') {
-        const bool Hex = Body[1] == 'x';
-        const std::string_view Digits = Body.substr(Hex ? 2 : 1);
-        if (Digits.empty()) return 0;
-        unsigned long V = 0;
-        const auto R = std::from_chars(Digits.data(), Digits.data() + Digits.size(), V, Hex ? 16 : 10);
-        if (R.ec != std::errc() || R.ptr != Digits.data() + Digits.size()) return 0;
-        if (V == 0 || V > 0x10FFFF || (V >= 0xD800 && V <= 0xDFFF)) return 0;
+        const unsigned long V = CharRefValue(Body);
+        if (!IsCharRefAllowed(V)) return 0; // refused on load; never reached for a loaded text
         C = static_cast<char32_t>(V);
     } else {
         return 0;
@@ -262,12 +316,8 @@ bool NeedsDecoding(std::string_view Raw, TDecode Mode) {
     return false;
 }
 
-// QString::fromUtf8 drops a leading U+FEFF, which is a character of the text here.
 QString FromUtf8(std::string_view S) {
-    if (S.substr(0, 3) != "\xEF\xBB\xBF")
-        return QString::fromUtf8(S.data(), static_cast<qsizetype>(S.size()));
-    QStringDecoder Decoder(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom);
-    return Decoder.decode(QByteArrayView(S.data(), static_cast<qsizetype>(S.size())));
+    return detail::Utf8KeepBom(QByteArrayView(S.data(), static_cast<qsizetype>(S.size())));
 }
 
 QString Decode(std::string_view Raw, TDecode Mode) {
@@ -640,53 +690,37 @@ TTextPos PositionOf(std::string_view Text, std::size_t Offset) {
 std::size_t FindBadCharacter(std::string_view T, QString& Reason) {
     const auto* B = reinterpret_cast<const unsigned char*>(T.data());
     const std::size_t N = T.size();
+    const std::size_t BadUtf8 = detail::Utf8ErrorOffset(QByteArrayView(T.data(), static_cast<qsizetype>(N)));
+    const std::size_t End = BadUtf8 == detail::Utf8Valid ? N : BadUtf8;
     std::size_t I = 0;
-    while (I < N) {
-        // Eight plain characters at a time: no byte with the high bit set or below a blank.
-        if (I + 8 <= N) {
+    while (I < End) {
+        // Eight bytes at a time that hold no control and no EF (the lead byte of U+FFFE/FFFF).
+        if (I + 8 <= End) {
             quint64 W;
             std::memcpy(&W, B + I, 8);
             constexpr quint64 Ones = 0x0101010101010101ULL, Highs = 0x8080808080808080ULL;
-            if ((W & Highs) == 0 && (((W | Highs) - Ones * 0x20) & Highs) == Highs) {
+            const quint64 Ef = W ^ (Ones * 0xEF);
+            const quint64 AnyBelowBlank = (W - Ones * 0x20) & ~W & Highs;
+            const quint64 AnyEf = (Ef - Ones) & ~Ef & Highs;
+            if ((AnyBelowBlank | AnyEf) == 0) {
                 I += 8;
                 continue;
             }
         }
         const unsigned C = B[I];
-        if (C < 0x80) {
-            if (C < 0x20 && C != '\t' && C != '\n' && C != '\r') {
-                Reason = QStringLiteral("invalid character U+%1")
-                             .arg(QString::number(C, 16).toUpper().rightJustified(4, QLatin1Char('0')));
-                return I;
-            }
-            ++I;
-            continue;
-        }
-        std::size_t Len = 0;
-        unsigned char Lo = 0x80, Hi = 0xBF;
-        if (C >= 0xC2 && C <= 0xDF)
-            Len = 2;
-        else if (C >= 0xE0 && C <= 0xEF) {
-            Len = 3;
-            if (C == 0xE0) Lo = 0xA0;
-            if (C == 0xED) Hi = 0x9F;
-        } else if (C >= 0xF0 && C <= 0xF4) {
-            Len = 4;
-            if (C == 0xF0) Lo = 0x90;
-            if (C == 0xF4) Hi = 0x8F;
-        }
-        bool Ok = Len != 0 && I + Len <= N;
-        for (std::size_t K = 1; Ok && K < Len; ++K) {
-            const unsigned char X = B[I + K];
-            Ok = K == 1 ? (X >= Lo && X <= Hi) : (X >= 0x80 && X <= 0xBF);
-        }
-        if (!Ok) {
-            Reason = QStringLiteral("invalid UTF-8 byte sequence");
+        if (C < 0x20 && C != '\t' && C != '\n' && C != '\r') {
+            Reason = QStringLiteral("invalid character U+%1")
+                         .arg(QString::number(C, 16).toUpper().rightJustified(4, QLatin1Char('0')));
             return I;
         }
-        I += Len;
+        if (C == 0xEF && I + 2 < N && B[I + 1] == 0xBF && (B[I + 2] == 0xBE || B[I + 2] == 0xBF)) {
+            Reason = QStringLiteral("invalid character U+%1").arg(B[I + 2] == 0xBE ? u"FFFE" : u"FFFF");
+            return I;
+        }
+        ++I;
     }
-    return std::string_view::npos;
+    if (BadUtf8 != detail::Utf8Valid) Reason = QStringLiteral("invalid UTF-8 byte sequence");
+    return BadUtf8 == detail::Utf8Valid ? std::string_view::npos : BadUtf8;
 }
 
 std::size_t NodeOffset(xml_node N) {
@@ -736,6 +770,42 @@ void CheckTopLevel(const TXmlDocumentData& D, std::string_view Text, const QStri
     if (Elements == 0) Fail(Text, Text.size(), QStringLiteral("no root element"), Source);
 }
 
+// No case file comes near this; far deeper documents are refused before anything walks them.
+constexpr int MaxDepth = 1000;
+constexpr std::size_t MaxIndent = 100;
+
+// Nesting depth and character references, which pugixml leaves unchecked.
+void CheckTree(const TXmlDocumentData& D, std::string_view Text, const QString& Source) {
+    const QString BadRef = QStringLiteral("character reference to a character XML does not allow");
+    const xml_node Top = D.Doc;
+    xml_node Cur = Top.first_child();
+    int Depth = 1;
+    while (Cur) {
+        if (Cur.type() == pugi::node_pcdata) {
+            const std::size_t Bad = FindBadCharRef(Cur.value());
+            if (Bad != std::string_view::npos) Fail(Text, NodeOffset(Cur) + Bad, BadRef, Source);
+        } else if (Cur.type() == pugi::node_element) {
+            if (Depth > MaxDepth)
+                Fail(Text, NodeOffset(Cur) ? NodeOffset(Cur) - 1 : 0,
+                     QStringLiteral("elements nested deeper than %1 levels").arg(MaxDepth), Source);
+            for (pugi::xml_attribute A = Cur.first_attribute(); A; A = A.next_attribute())
+                if (FindBadCharRef(A.value()) != std::string_view::npos)
+                    Fail(Text, NodeOffset(Cur), BadRef, Source);
+            if (Cur.first_child()) {
+                Cur = Cur.first_child();
+                ++Depth;
+                continue;
+            }
+        }
+        while (Cur && !Cur.next_sibling()) {
+            Cur = Cur.parent();
+            --Depth;
+            if (Cur == Top) Cur = xml_node();
+        }
+        if (Cur) Cur = Cur.next_sibling();
+    }
+}
+
 constexpr unsigned ParseOptions = pugi::parse_pi | pugi::parse_comments | pugi::parse_cdata |
                                   pugi::parse_ws_pcdata | pugi::parse_declaration | pugi::parse_doctype |
                                   pugi::parse_fragment;
@@ -762,6 +832,7 @@ std::unique_ptr<TXmlDocumentData> Parse(const QByteArray& Bytes, const QString& 
         D->Doc.load_buffer(Text.data(), Text.size(), ParseOptions, pugi::encoding_utf8);
     if (!R) Fail(Text, static_cast<std::size_t>(R.offset), QString::fromUtf8(R.description()), Source);
     CheckTopLevel(*D, Text, Source);
+    CheckTree(*D, Text, Source);
     const std::size_t Leftover = CollectRawTags(*D, Text);
     if (Leftover != std::string_view::npos) Fail(Text, Leftover, QStringLiteral("incomplete markup"), Source);
 
@@ -848,6 +919,22 @@ std::string Print(const TXmlDocumentData& D) {
 
 // --- Tree edits that keep the side table and the layout in order ---------------------------------
 
+namespace {
+// pugixml frees a subtree recursively; taking it apart from the leaves up keeps any depth off the stack.
+void RemoveSubtree(pugi::xml_node Parent, pugi::xml_node Child) {
+    pugi::xml_node Cur = Child;
+    for (;;) {
+        while (Cur.first_child())
+            Cur = Cur.first_child();
+        if (Cur == Child) break;
+        pugi::xml_node Up = Cur.parent();
+        Up.remove_child(Cur);
+        Cur = Up;
+    }
+    Parent.remove_child(Child);
+}
+} // namespace
+
 void TXmlDocumentData::ForgetTree(pugi::xml_node Top) {
     if (Raw.empty()) return;
     Raw.erase(Top.internal_object());
@@ -870,7 +957,7 @@ void TXmlDocumentData::RemoveElement(pugi::xml_node Child) {
     pugi::xml_node Parent = Child.parent();
     const pugi::xml_node Before = Child.previous_sibling();
     ForgetTree(Child);
-    Parent.remove_child(Child);
+    RemoveSubtree(Parent, Child);
     // The indentation in front of the element goes with it.
     if (Before && IsSpaceNode(Before)) Parent.remove_child(Before);
     for (pugi::xml_node N = Parent.first_child(); N; N = N.next_sibling())
@@ -910,7 +997,9 @@ pugi::xml_node TXmlDocumentData::AppendElement(pugi::xml_node Parent, const char
             } else if (Before && IsSpaceNode(Before)) {
                 const std::string_view Ws(Before.value());
                 const std::size_t Lf = Ws.find_last_of("\r\n");
-                if (Lf != std::string_view::npos) {
+                // Indentation stops growing somewhere: a tree built thousands of levels deep
+                // would otherwise hold blanks quadratic in its depth.
+                if (Lf != std::string_view::npos && Ws.size() - Lf - 1 < MaxIndent) {
                     Pretty = true;
                     Indent = std::string(Ws.substr(Lf + 1));
                 }
@@ -1059,9 +1148,10 @@ int TXmlNode::NodesDelete(const QString& Name) {
 void TXmlNode::DeleteChildren() {
     if (!FNode) return;
     pugi::xml_node N = PN(FNode);
-    for (pugi::xml_node C = N.first_child(); C; C = C.next_sibling())
+    while (pugi::xml_node C = N.first_child()) {
         FDoc->ForgetTree(C);
-    N.remove_children();
+        RemoveSubtree(N, C);
+    }
 }
 
 bool TXmlNode::Delete() {

@@ -19,6 +19,15 @@ bool IsStringTag(TValueType Tag) {
     return Tag == vaString || Tag == vaLString || Tag == vaWString || Tag == vaUTF8String;
 }
 
+// The index files record: the item the edit text names, -1 for a text that is none of the
+// items, as the classic combo box reports after typing.
+int StoredIndex(const QComboBox& Box) {
+    const int I = Box.currentIndex();
+    const QString T = Box.currentText();
+    if (I >= 0 && Box.itemText(I) == T) return I;
+    return Box.findText(T, Qt::MatchExactly | Qt::MatchCaseSensitive);
+}
+
 } // namespace
 
 TComboBoxFld::TComboBoxFld(QWidget* Parent) : QComboBox(Parent), TFieldBase(this) {
@@ -106,7 +115,7 @@ void TComboBoxFld::ResetToFormCreateVal() {
 bool TComboBoxFld::XmlValueChanged(TXmlNode ParentXmlNode) {
     bool Changed = XmlChildChanged(ParentXmlNode, ItemIndexElement, [this](TXmlNode C) {
         int I = 0;
-        return !XmlTryStrToInt(C.ValueAsString(), I) || I != currentIndex();
+        return !XmlTryStrToInt(C.ValueAsString(), I) || I != StoredIndex(*this);
     });
     // A drop-down list has no text of its own: the index says everything.
     if (!Changed && FStyle != csDropDownList)
@@ -140,7 +149,7 @@ void TComboBoxFld::ApplyRead(std::optional<int> Index, const std::optional<QStri
 }
 
 void TComboBoxFld::WriteStreamValue(TWriter& Writer) {
-    Writer.WriteInteger(currentIndex());
+    Writer.WriteInteger(StoredIndex(*this));
     Writer.WriteString(currentText());
 }
 
@@ -153,7 +162,7 @@ TFieldBase::TApplyValue TComboBoxFld::ReadStreamValue(TReader& Reader) {
 }
 
 void TComboBoxFld::WriteXmlValue(TXmlNode Node) {
-    Node.WriteInteger(ItemIndexElement, currentIndex());
+    Node.WriteInteger(ItemIndexElement, StoredIndex(*this));
     Node.WriteString(TextElement, currentText());
 }
 

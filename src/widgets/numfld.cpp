@@ -5,6 +5,7 @@
 #include <qxnum/registry.h>
 
 #include <cmath>
+#include <limits>
 
 namespace qxnum {
 
@@ -20,13 +21,24 @@ const QString ParTypeElement = QStringLiteral("ParType");
 // Absolute tolerance of the numeric change tests.
 constexpr Extended ChangeTolerance = 1e-14L;
 
+// Numbers, and the words the XML writer uses for values without digits.
 bool ParsesAsNumber(const QString& S, Extended& V) {
-    return TryQX_StrToFloat(S, V);
+    if (TryQX_StrToFloat(S, V)) return true;
+    const QString T = S.trimmed();
+    const bool Minus = T.startsWith(QLatin1Char('-'));
+    const QStringView Word = QStringView(T).mid(Minus ? 1 : 0);
+    if (Word.compare(QLatin1String("INF"), Qt::CaseInsensitive) == 0)
+        V = Minus ? -std::numeric_limits<Extended>::infinity() : std::numeric_limits<Extended>::infinity();
+    else if (!Minus && Word.compare(QLatin1String("NAN"), Qt::CaseInsensitive) == 0)
+        V = std::numeric_limits<Extended>::quiet_NaN();
+    else
+        return false;
+    return true;
 }
 
 bool ParsesAsNumber(const QString& S) {
     Extended V = 0.0L;
-    return TryQX_StrToFloat(S, V);
+    return ParsesAsNumber(S, V);
 }
 
 // Equal infinities count as the same; their difference alone would be NaN.

@@ -1,5 +1,7 @@
 #include <qxnum/filer.h>
 
+#include "pipedevice.h"
+
 #include <QBuffer>
 #include <QDate>
 #include <QTime>
@@ -39,27 +41,7 @@ struct TSource {
     QBuffer Buf;
 };
 
-// A device that cannot seek, like a pipe or a socket.
-class TPipe : public QIODevice {
-public:
-    explicit TPipe(const QByteArray& Data) : FData(Data) { open(QIODevice::ReadOnly); }
-    bool isSequential() const override { return true; }
-    qint64 bytesAvailable() const override { return FData.size() - FPos + QIODevice::bytesAvailable(); }
-
-protected:
-    qint64 readData(char* Data, qint64 MaxSize) override {
-        const qint64 N = std::min<qint64>(MaxSize, FData.size() - FPos);
-        if (N <= 0) return -1;
-        std::memcpy(Data, FData.constData() + FPos, static_cast<std::size_t>(N));
-        FPos += N;
-        return N;
-    }
-    qint64 writeData(const char*, qint64) override { return -1; }
-
-private:
-    QByteArray FData;
-    qint64 FPos = 0;
-};
+using qxnum::test::TPipe;
 
 QByteArray ExtBytes(Extended V) {
     const TExt80Bytes B = ExtendedToExt80(V);
@@ -241,6 +223,14 @@ TEST(FilerRead, WrongTagNamesOffsetAndKindAndStaysUnread) {
     }
     EXPECT_EQ(R.NextValue(), vaString);
     EXPECT_THROW(R.ReadFloat(), EReadError);
+    // SkipValue too leaves an unknown tag unread, also inside a list.
+    for (const char* Bytes : {"42", "01020742"}) {
+        TSource U(Hex(Bytes));
+        TReader RU(&U.Buf);
+        EXPECT_THROW(RU.SkipValue(), EReadError);
+        EXPECT_EQ(RU.Position(), Hex(Bytes).size() - 1) << Bytes;
+        EXPECT_EQ(RU.ReadByte(), 0x42);
+    }
     EXPECT_THROW(R.ReadBoolean(), EReadError);
     EXPECT_THROW(R.ReadListBegin(), EReadError);
     EXPECT_EQ(R.ReadString(), "a");
@@ -280,6 +270,78 @@ TEST(FilerRead, StringsOfEveryTagAndCodePage) {
         TSource S(Hex(Bytes));
         TReader R(&S.Buf);
         EXPECT_EQ(R.ReadString(), QString(QChar(0xFEFF)) + QStringLiteral("abc")) << Bytes;
+    }
+}
+
+TEST(FilerRead, ChosenCodePageDecodesEightBitText) {
+    const struct {
+        int CodePage;
+        const char* Bytes;
+        const char* Text;
+    } Cases[] = {
+        {1250,
+         "0607"
+         "8a8ee8f8f99db3",
+         "ŠŽčřůťł"},
+        {1250, "070394e8e1", "”čá"}, // identifiers too
+        {1251, "0603cff0e8", "При"},
+        {1253, "0602e1e2", "αβ"},
+        {1252, "0602c3a4", "Ã¤"}, // a chosen code page is taken as it is, valid UTF-8 or not
+        {0, "0602c3a4", "ä"},
+    };
+    for (const auto& C : Cases) {
+        TSource S(Hex(C.Bytes));
+        TReader R(&S.Buf);
+        R.SetCodePage(C.CodePage);
+        const QString Text = Hex(C.Bytes)[0] == vaIdent ? R.ReadIdent() : R.ReadString();
+        EXPECT_EQ(Text, QString::fromUtf8(C.Text)) << C.CodePage << " " << C.Bytes;
+    }
+    for (int Cp = 1250; Cp <= 1258; ++Cp)
+        EXPECT_TRUE(CodePageAvailable(Cp)) << Cp;
+    TSource S(Hex("0600"));
+    TReader R(&S.Buf);
+    EXPECT_THROW(R.SetCodePage(12345), Exception);
+    EXPECT_EQ(R.CodePage(), 0);
+    if (CodePageAvailable(936)) { // GBK through Qt, when Qt has it
+        TSource G(Hex("0604d6d0cec4"));
+        TReader RG(&G.Buf);
+        RG.SetCodePage(936);
+        EXPECT_EQ(RG.ReadString(), QString::fromUtf8("中文"));
+    }
+}
+
+// The same strings under each writer setting, byte for byte; each reads back.
+TEST(FilerWrite, StringModes) {
+    const QString Strings[] = {QStringLiteral("ab"), QString::fromUtf8("Größe"), QString::fromUtf8("Łódź"),
+                               QString::fromUtf8("日本"), QString(QChar(0xD800))};
+    const struct {
+        TStringMode Mode;
+        int CodePage;
+        const char* Expected;
+    } Cases[] = {
+        {smDefault, 1252,
+         "06026162 14070000004772c3b6c39f65 1407000000c581c3b364c5ba 1202000000e5652c67 120100000000d8"},
+        {smAnsi, 1252, "06026162 06054772f6df65 1407000000c581c3b364c5ba 1202000000e5652c67 120100000000d8"},
+        {smAnsi, 1250, "06026162 06054772f6df65 0604a3f3649f 1202000000e5652c67 120100000000d8"},
+        {smUtf8, 1252,
+         "14020000006162 14070000004772c3b6c39f65 1407000000c581c3b364c5ba 1406000000e697a5e69cac "
+         "120100000000d8"},
+        {smUtf16, 1252,
+         "120200000061006200 120500000047007200f600df006500 12040000004101f30064007a01 "
+         "1202000000e5652c67 120100000000d8"},
+    };
+    for (const auto& C : Cases) {
+        const QByteArray Bytes = Written([&](TWriter& W) {
+            W.SetStringMode(C.Mode, C.CodePage);
+            for (const QString& S : Strings)
+                W.WriteString(S);
+        });
+        EXPECT_EQ(Bytes.toHex(), Hex(C.Expected).toHex()) << int(C.Mode) << " " << C.CodePage;
+        TSource S(Bytes);
+        TReader R(&S.Buf);
+        R.SetCodePage(C.Mode == smAnsi ? C.CodePage : 0);
+        for (const QString& Str : Strings)
+            EXPECT_EQ(R.ReadString(), Str) << int(C.Mode);
     }
 }
 

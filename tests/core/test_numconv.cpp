@@ -2,6 +2,8 @@
 // 18-digit generator checked against std::to_chars.
 #include <qxnum/numconv.h>
 
+#include "../../src/core/numconv_digits.h"
+
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -229,7 +231,25 @@ TEST(FloatToStrF, FormsLimitsAndFallbacks) {
         {-1234.5L, ffCurrency, 15, 2, "($1,234.50)"},
         {1.0L / 3, ffGeneral, 1, 0, "0.33"}, // Precision clamped to 2..18
         {1.0L / 3, ffGeneral, 30, 0, "0.333333333333333333"},
-        {1e-20L, ffGeneral, 15, 9, "1E-0020"}, // exponent digits clamped to 4
+        {1e-20L, ffGeneral, 15, 4, "1E-0020"},
+        {1e-20L, ffGeneral, 15, 9, "1E-20"}, // Digits above 4: no minimum width
+        {-0.00001L, ffGeneral, 12, 5, "-1E-5"},
+        {-0.00001L, ffGeneral, 12, 2, "-1E-05"},
+        {-0.00001L, ffExponent, 12, 5, "-1.00000000000E-5"},
+        {-0.00001L, ffExponent, 12, 2, "-1.00000000000E-05"},
+        {0.00001L, ffExponent, 12, 5, "1.00000000000E-5"},
+        // Precision limits the fixed forms as well as the decimals do.
+        {1234.567L, ffFixed, 4, 4, "1235.0000"},
+        {-1234.567L, ffFixed, 4, 4, "-1235.0000"},
+        {1234.567L, ffFixed, 4, 2, "1235.00"},
+        {1234.567L, ffNumber, 4, 2, "1,235.00"},
+        {-1234.567L, ffNumber, 4, 2, "-1,235.00"},
+        {1234.567L, ffCurrency, 4, 2, "$1,235.00"},
+        {-1234.567L, ffCurrency, 4, 2, "($1,235.00)"},
+        {0.123456L, ffFixed, 3, 5, "0.12300"},
+        {-0.123456L, ffFixed, 3, 5, "-0.12300"},
+        {0.123456L, ffFixed, 3, 2, "0.12"}, // the decimals are the shorter limit
+        {9999.5L, ffFixed, 4, 2, "1E04"},   // rounds past Precision: general form
         {12345, ffGeneral, 4, 0, "1.235E4"},
         {1e15L, ffGeneral, 15, 0, "1E15"},
         {1e14L, ffGeneral, 15, 0, "100000000000000"},

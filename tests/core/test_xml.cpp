@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <pugixml.hpp>
 
 #include <cmath>
 #include <limits>
@@ -49,8 +50,8 @@ TEST(XmlDocument, UnchangedDocumentsSaveByteForByte) {
         // foreign elements around fields, text with CR LF inside values
         "<Form>\n\t<Unknown deep=\"1\"><More>text\r\nline</More></Unknown>\n\t<INumFld ID=\"a\" "
         "ClassName=\"TStringFld\"><Value>x</Value></INumFld>\n</Form>\n\n",
-        // deep nesting is loaded and saved without recursion
-        QByteArray("<n>").repeated(100000) + "x" + QByteArray("</n >").repeated(100000),
+        // as deep as a document may nest
+        QByteArray("<n>").repeated(1000) + "x" + QByteArray("</n >").repeated(1000),
     };
     for (const QByteArray& In : Cases)
         EXPECT_EQ(Load(In).SaveToBytes(), In) << In.left(200).toStdString();
@@ -169,6 +170,13 @@ TEST(XmlDocument, MalformedInputReportsWhereAndKeepsTheDocument) {
         {"<a><!-- open </a>", 1, 17, "comment"},
         {"<a", 1, 2, "start element"},
         {"<a>\n</a>\n<", 3, 1, "incomplete markup"},
+        {"<a>\xEF\xBF\xBE</a>", 1, 4, "invalid character U+FFFE"},
+        {"<a>x&#0;</a>", 1, 5, "character reference"},
+        {"<a>&#xD800;</a>", 1, 4, "character reference"},
+        {"<a>&#99999999999;</a>", 1, 4, "character reference"},
+        {"<a>\n <b c='&#xDFFF;'/></a>", 2, 3, "character reference"},
+        {QByteArray("<a>").repeated(1001) + QByteArray("</a>").repeated(1001), 1, 3001,
+         "nested deeper than 1000"},
     };
     for (const auto& C : Cases) {
         SCOPED_TRACE(C.Text.toStdString());
@@ -224,7 +232,6 @@ TEST(XmlNode, TextAndAttributeValuesSurviveSaveAndLoad) {
         QStringLiteral("tab\there"),
         QStringLiteral("Größe ° µ Ω 😀 漢字"),
         QStringLiteral("]]> &amp; &#65; <![CDATA["),
-        QString(QChar(1)) + QStringLiteral("control") + QChar(0x1F),
         QString(QChar(0xFEFF)) + QStringLiteral("starts with a byte order mark"),
     };
     for (const QString& V : Values) {
@@ -238,13 +245,67 @@ TEST(XmlNode, TextAndAttributeValuesSurviveSaveAndLoad) {
     }
 }
 
+// What XML 1.0 cannot carry is written as U+FFFD, so that the file stays well-formed.
+TEST(XmlNode, CharactersOutsideXmlBecomeReplacementCharacters) {
+    const QChar Fffd = QChar::ReplacementCharacter;
+    const struct {
+        QString Value, Expected;
+    } Cases[] = {
+        {QStringLiteral("a") + QChar(0) + QStringLiteral("b"),
+         QStringLiteral("a") + Fffd + QStringLiteral("b")},
+        {QString(QChar(1)) + QStringLiteral("control") + QChar(0x1F),
+         Fffd + QStringLiteral("control") + Fffd},
+        {QString(QChar(0xFFFE)) + QChar(0xFFFF), QString(Fffd) + Fffd},
+        {QStringLiteral("x") + QChar(0xD800) + QStringLiteral("y") + QChar(0xDC00),
+         QStringLiteral("x") + Fffd + QStringLiteral("y") + Fffd},
+        {QString::fromUtf8("😀\t\r\n"), QString::fromUtf8("😀\t\r\n")}, // pairs and line ends stay
+    };
+    for (const auto& C : Cases) {
+        TXmlDocument Doc;
+        TXmlNode Root = Doc.CreateRoot("r");
+        Root.WriteString("v", C.Value);
+        Root.WriteAttributeString("a", C.Value);
+        const QByteArray Bytes = Doc.SaveToBytes();
+        EXPECT_FALSE(Bytes.contains("&#0;") || Bytes.contains("&#1;") || Bytes.contains("&#31;"))
+            << Bytes.data();
+        pugi::xml_document Strict;
+        EXPECT_TRUE(Strict.load_buffer(Bytes.constData(), static_cast<std::size_t>(Bytes.size()),
+                                       pugi::parse_default | pugi::parse_declaration, pugi::encoding_utf8))
+            << Bytes.data();
+        const TXmlDocument Back = Load(Bytes);
+        EXPECT_EQ(Back.Root().ReadString("v"), C.Expected) << Bytes.data();
+        EXPECT_EQ(Back.Root().AttributeByName("a"), C.Expected) << Bytes.data();
+    }
+}
+
+// Neither deleting nor printing a deep tree recurses; loading one is refused early.
+TEST(XmlDocument, DeepTrees) {
+    const int Depth = 200000;
+    TXmlDocument Doc;
+    TXmlNode N = Doc.CreateRoot("r");
+    for (int I = 0; I < Depth; ++I)
+        N = N.NodeNew("n");
+    EXPECT_GT(Doc.SaveToBytes().size(), 4 * Depth);
+    Doc.Root().DeleteChildren();
+    EXPECT_EQ(Doc.SaveToBytes(), QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<r/>\n"));
+    N = Doc.Root();
+    for (int I = 0; I < Depth; ++I)
+        N = N.NodeNew("n");
+    EXPECT_TRUE(Doc.Root().NodeDelete(0));
+    EXPECT_EQ(Doc.Root().NodeCount(), 0);
+    const QByteArray Deep = QByteArray("<a>").repeated(1000000) + QByteArray("</a>").repeated(1000000);
+    EXPECT_THROW(Doc.LoadFromBytes(Deep), EXmlError);
+    EXPECT_EQ(Doc.Root().Name(), QStringLiteral("r"));
+}
+
 TEST(XmlNode, ReadingDecodesReferencesAndLineEnds) {
-    TXmlDocument Doc = Load("<r a=\"x&#10;y\nz\t&amp;&e;\" b='&#x1F600;&#0;&#xD800;'>"
+    TXmlDocument Doc = Load("<r a=\"x&#10;y\nz\t&amp;&e;\" b='&#x1F600;&#1;&#xZ;'>"
                             "<t>1\r\n2\r3&lt;&#x41;&unknown; & done</t>"
                             "<m>\n  <c/>\n  text <![CDATA[&lt;\r\n]]>\n</m><ws>  </ws></r>");
     TXmlNode R = Doc.Root();
     EXPECT_EQ(R.AttributeByName("a"), QStringLiteral("x\ny z &&e;"));
-    EXPECT_EQ(R.AttributeByName("b"), QStringLiteral("😀&#0;&#xD800;"));
+    EXPECT_EQ(R.AttributeByName("b"),
+              QStringLiteral("😀\u0001&#xZ;")); // earlier versions wrote control references
     EXPECT_EQ(R.ReadString("t"), QStringLiteral("1\n2\n3<A&unknown; & done"));
     // Blank runs between child elements are layout; other text and CDATA are the value.
     EXPECT_EQ(R.ReadString("m"), QStringLiteral("\n  text &lt;\n"));

@@ -8,6 +8,8 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 QT_BEGIN_NAMESPACE
 inline void PrintTo(const QString& S, std::ostream* Os) {
     *Os << '"' << S.toStdString() << '"';
@@ -260,6 +262,21 @@ TEST_F(ComboBox, UserChangesSaveTheTextAndRevertGoesBack) {
     EXPECT_EQ(C->Text(), QStringLiteral("two"));
 }
 
+// Text typed over an item is none of the items: index -1 in both media; an item's text keeps its index.
+TEST_F(ComboBox, TypedTextThatIsNoItemIsStoredWithoutIndex) {
+    for (const auto& [Typed, Index] : {std::pair("Kerosene", -1), std::pair("two", 1), std::pair("one", 0)}) {
+        SCOPED_TRACE(Typed);
+        C->SetItemIndex(0);
+        C->SetText(QString::fromUtf8(Typed));
+        C->WriteToXML(Node);
+        EXPECT_EQ(Node.ReadInteger("ItemIndex", 99), Index);
+        EXPECT_EQ(Node.ReadString("Text"), QString::fromUtf8(Typed));
+        EXPECT_FALSE(C->XmlValueChanged(Node));
+        QByteArray Expected = Hex("02") + char(Index) + Hex("06") + char(std::strlen(Typed)) + Typed;
+        EXPECT_EQ(WriteRecord(*C).left(Expected.size()).toHex(), Expected.toHex());
+    }
+}
+
 TEST_F(ComboBox, ValueTextAndSavedValues) {
     C->SetItemIndex(1);
     C->SetText(QStringLiteral("custom"));
@@ -333,6 +350,22 @@ TEST_F(CheckList, XmlRewritesItemsWholeAndLeavesNoMSNDAlone) {
     TXmlNode Fresh = Doc.Root().NodeNew("Other");
     F->WriteToXML(Fresh);
     EXPECT_FALSE(Fresh.NodeByName("NoMSND"));
+}
+
+// A document nested far too deep is refused on load; one built deep in memory is rewritten
+// without recursion. Either way nothing crashes.
+TEST_F(CheckList, DeepDocuments) {
+    TCheckListBoxFld* F = Make({"a"}, {cbChecked});
+    const int Depth = 200000;
+    const QByteArray Text = "<INumFld><Items>" + QByteArray("<n>").repeated(Depth) +
+                            QByteArray("</n>").repeated(Depth) + "</Items></INumFld>";
+    EXPECT_THROW(Doc.LoadFromBytes(Text), EXmlError);
+    TXmlNode N = Node.NodeNew("Items");
+    for (int I = 0; I < Depth; ++I)
+        N = N.NodeNew("n");
+    F->WriteToXML(Node);
+    EXPECT_EQ(Node.NodeByName("Items").NodeCount(), 1);
+    EXPECT_EQ(Node.NodeByName("Items").Nodes(0).ValueAsString(), QStringLiteral("cbChecked"));
 }
 
 TEST_F(CheckList, StreamStateCountsAndRanges) {

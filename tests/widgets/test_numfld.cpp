@@ -567,7 +567,7 @@ TEST(NumFldXml, ExpressionsAndEmptyValuesAreWrittenAsText) {
 }
 
 TEST(NumFldXml, TextThatIsNoNumberBecomesTheEditText) {
-    for (const char* Text : {"abc", "1,234.50", "1e99999", "NAN", "INF"}) {
+    for (const char* Text : {"abc", "1,234.50", "1e99999", "INFINITY", "-NAN"}) {
         SCOPED_TRACE(Text);
         TForm T;
         T.F->SetValue(6.0L);
@@ -578,6 +578,26 @@ TEST(NumFldXml, TextThatIsNoNumberBecomesTheEditText) {
         EXPECT_EQ(T.F->GetFValue(), 6.0L);
         EXPECT_EQ(T.F->GetXMLValueText(X.Node), QString::fromUtf8(Text));
     }
+}
+
+TEST(NumFldXml, WordsForValuesWithoutDigitsReadBack) {
+    const Extended Inf = std::numeric_limits<Extended>::infinity();
+    for (const Extended V : {Inf, -Inf}) {
+        TForm Src, Dst;
+        Src.F->SetValue(V);
+        TXml X;
+        Src.F->WriteToXML(X.Node);
+        EXPECT_EQ(X.Child(QStringLiteral("Value")), V > 0 ? QStringLiteral("INF") : QStringLiteral("-INF"));
+        Dst.F->ReadFromXML(X.Node);
+        EXPECT_EQ(Dst.F->Value(), V);
+        EXPECT_FALSE(Dst.F->XmlValueChanged(X.Node));
+    }
+    TForm T;
+    T.F->SetValue(6.0L);
+    TXml X;
+    X.Node.WriteString(QStringLiteral("Value"), QStringLiteral("nan"));
+    T.F->ReadFromXML(X.Node);
+    EXPECT_TRUE(std::isnan(T.F->Value()));
 }
 
 TEST(NumFldXml, ParTypeIsStoredOnlyWhenAskedEvenAnUnknownOne) {
