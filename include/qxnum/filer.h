@@ -136,7 +136,7 @@ QXNUM_CORE_EXPORT QDateTime FileDateToDateTime(double Days);
 // --- Text encodings -----------------------------------------------------------------------------
 
 // True when 8-bit text in the given Windows code page (1250, 1251, ..., 936) can be read and written.
-bool CodePageAvailable(int CodePage);
+QXNUM_CORE_EXPORT bool CodePageAvailable(int CodePage);
 
 // How TWriter tags text.
 enum TStringMode : quint8 {

@@ -2,7 +2,6 @@
 // 18-digit generator checked against std::to_chars.
 #include <qxnum/numconv.h>
 
-#include "../../src/core/numconv_digits.h"
 
 #include <gtest/gtest.h>
 
