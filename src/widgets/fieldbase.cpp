@@ -1,4 +1,4 @@
-#include <qxnum/widgets/fieldbase.h>
+#include "fieldbase_p.h"
 
 #include <QPalette>
 
@@ -13,24 +13,106 @@ const QString EnabledElement = QStringLiteral("Enabled");
 
 } // namespace
 
-TFieldBase::TFieldBase(QWidget* Control) : FControl(Control) {}
+TFieldBasePrivate::~TFieldBasePrivate() = default;
+
+TFieldBase::TFieldBase(QWidget* Control) : TFieldBase(Control, new TFieldBasePrivate) {}
+
+TFieldBase::TFieldBase(QWidget* Control, TFieldBasePrivate* D) : d(D) {
+    d->FControl = Control;
+}
 
 TFieldBase::~TFieldBase() = default;
 
+QWidget* TFieldBase::FieldControl() const {
+    return d->FControl;
+}
+
+int TFieldBase::TagXML() const {
+    return d->FTagXML;
+}
+
+void TFieldBase::SetTagXML(int AValue) {
+    d->FTagXML = AValue;
+}
+
+int TFieldBase::Tag() const {
+    return d->FTag;
+}
+
+void TFieldBase::SetTag(int AValue) {
+    d->FTag = AValue;
+}
+
+QString TFieldBase::CustomIDstring() const {
+    return d->FCustomIDstring;
+}
+
+void TFieldBase::SetCustomIDstring(const QString& AValue) {
+    d->FCustomIDstring = AValue;
+}
+
+bool TFieldBase::EnforceXMLchanged() const {
+    return d->FEnforceXMLchanged;
+}
+
+void TFieldBase::SetEnforceXMLchanged(bool AValue) {
+    d->FEnforceXMLchanged = AValue;
+}
+
+bool TFieldBase::StreamReadVisibleandEnabled() const {
+    return d->FStreamReadVisibleandEnabled;
+}
+
+void TFieldBase::SetStreamReadVisibleandEnabled(bool AValue) {
+    d->FStreamReadVisibleandEnabled = AValue;
+}
+
+TNotifyEvent TFieldBase::OnAfterRead() const {
+    return d->FOnAfterRead;
+}
+
+void TFieldBase::SetOnAfterRead(TNotifyEvent AEvent) {
+    d->FOnAfterRead = std::move(AEvent);
+}
+
+TXmlNodeEvent TFieldBase::OnAfterXMLWrite() const {
+    return d->FOnAfterXMLWrite;
+}
+
+void TFieldBase::SetOnAfterXMLWrite(TXmlNodeEvent AEvent) {
+    d->FOnAfterXMLWrite = std::move(AEvent);
+}
+
+TXmlNodeEvent TFieldBase::OnXmlWriteValueChanged() const {
+    return d->FOnXmlWriteValueChanged;
+}
+
+void TFieldBase::SetOnXmlWriteValueChanged(TXmlNodeEvent AEvent) {
+    d->FOnXmlWriteValueChanged = std::move(AEvent);
+}
+
+bool TFieldBase::GetNoSaveWrite() const {
+    return d->FNoSaveWrite;
+}
+
+void TFieldBase::SetNoSaveWrite(bool Value) {
+    d->FNoSaveWrite = Value;
+}
+
 bool TFieldBase::FieldVisible() const {
-    return !FControl->isHidden();
+    return !d->FControl->isHidden();
 }
 
 void TFieldBase::SetFieldVisible(bool AValue) {
-    FControl->setVisible(AValue);
+    d->FControl->setVisible(AValue);
 }
 
 bool TFieldBase::FieldEnabled() const {
-    return !FControl->testAttribute(Qt::WA_ForceDisabled);
+    return !d->FControl->testAttribute(Qt::WA_ForceDisabled);
 }
 
 void TFieldBase::SetFieldEnabled(bool AValue) {
-    FControl->setEnabled(AValue);
+    d->FControl->setEnabled(AValue);
 }
 
 void TFieldBase::OkChanges() {
@@ -38,15 +120,15 @@ void TFieldBase::OkChanges() {
 }
 
 QColor TFieldBase::FontColor() const {
-    return FControl->palette().color(FControl->foregroundRole());
+    return d->FControl->palette().color(d->FControl->foregroundRole());
 }
 
 void TFieldBase::SetFontColor(const QColor& aColor) {
-    QPalette P = FControl->palette();
+    QPalette P = d->FControl->palette();
     for (const QPalette::ColorRole Role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
         for (const QPalette::ColorGroup Group : {QPalette::Active, QPalette::Inactive})
             P.setColor(Group, Role, aColor);
-    FControl->setPalette(P);
+    d->FControl->setPalette(P);
 }
 
 void TFieldBase::ReadfromStream(TReader& Reader) {
@@ -60,7 +142,7 @@ void TFieldBase::ReadfromStream(TReader& Reader) {
         Enabled = Reader.ReadBoolean();
     }
     if (Apply) Apply();
-    if (HasPair && FStreamReadVisibleandEnabled) {
+    if (HasPair && d->FStreamReadVisibleandEnabled) {
         SetFieldVisible(Visible);
         SetFieldEnabled(Enabled);
     }
@@ -85,22 +167,22 @@ void TFieldBase::WritetoStream(TWriter& Writer) {
 }
 
 void TFieldBase::WriteToXML(TXmlNode ParentXmlNode) {
-    if (FOnXmlWriteValueChanged && (FEnforceXMLchanged || XmlValueChanged(ParentXmlNode)))
-        FOnXmlWriteValueChanged(FControl, ParentXmlNode);
+    if (d->FOnXmlWriteValueChanged && (d->FEnforceXMLchanged || XmlValueChanged(ParentXmlNode)))
+        d->FOnXmlWriteValueChanged(d->FControl, ParentXmlNode);
     WriteXmlValue(ParentXmlNode);
-    if (FStreamReadVisibleandEnabled) {
+    if (d->FStreamReadVisibleandEnabled) {
         ParentXmlNode.WriteBool(VisibleElement, FieldVisible());
         ParentXmlNode.WriteBool(EnabledElement, FieldEnabled());
     }
-    FEnforceXMLchanged = false;
-    if (FOnAfterXMLWrite) FOnAfterXMLWrite(FControl, ParentXmlNode);
+    d->FEnforceXMLchanged = false;
+    if (d->FOnAfterXMLWrite) d->FOnAfterXMLWrite(d->FControl, ParentXmlNode);
 }
 
 void TFieldBase::ReadFromXML(TXmlNode ParentXmlNode) {
     ChangedAfterOK = false;
     std::optional<bool> Visible;
     std::optional<bool> Enabled;
-    if (FStreamReadVisibleandEnabled) {
+    if (d->FStreamReadVisibleandEnabled) {
         bool B = false;
         if (ReadXmlBool(ParentXmlNode, VisibleElement, B)) Visible = B;
         if (ReadXmlBool(ParentXmlNode, EnabledElement, B)) Enabled = B;
@@ -113,7 +195,7 @@ void TFieldBase::ReadFromXML(TXmlNode ParentXmlNode) {
 }
 
 QString TFieldBase::GetIDstring() const {
-    return FCustomIDstring.isEmpty() ? FControl->objectName() : FCustomIDstring;
+    return d->FCustomIDstring.isEmpty() ? d->FControl->objectName() : d->FCustomIDstring;
 }
 
 bool TFieldBase::GetReadOnly() const {
@@ -121,7 +203,7 @@ bool TFieldBase::GetReadOnly() const {
 }
 
 void TFieldBase::AssignXmlWriteValueChanged(TXmlNodeEvent AnXmlNodeEvent) {
-    FOnXmlWriteValueChanged = std::move(AnXmlNodeEvent);
+    d->FOnXmlWriteValueChanged = std::move(AnXmlNodeEvent);
 }
 
 QString TFieldBase::NoValueText() {
@@ -129,7 +211,7 @@ QString TFieldBase::NoValueText() {
 }
 
 void TFieldBase::DoAfterRead() {
-    if (FOnAfterRead) FOnAfterRead(FControl);
+    if (d->FOnAfterRead) d->FOnAfterRead(d->FControl);
 }
 
 bool TFieldBase::XmlChildChanged(TXmlNode Node, const QString& Name,
@@ -182,7 +264,7 @@ void TFieldBase::AssignError(const QObject* Source) const {
         return Name.mid(Name.lastIndexOf(QLatin1Char(':')) + 1);
     };
     throw EConvertError(
-        QStringLiteral("Cannot assign a %1 to a %2").arg(ShortName(Source), ShortName(FControl)));
+        QStringLiteral("Cannot assign a %1 to a %2").arg(ShortName(Source), ShortName(d->FControl)));
 }
 
 } // namespace qxnum

@@ -1,4 +1,6 @@
 // TCheckFld, TRadioBtnFld and TRadioGrpFld: the button fields.
+#include "fieldbase_p.h"
+
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fields.h>
 
@@ -144,78 +146,115 @@ TFieldBase::TApplyValue TRadioBtnFld::ReadXmlValue(TXmlNode Node) {
 
 // --- TRadioGrpFld -------------------------------------------------------------------------------
 
-TRadioGrpFld::TRadioGrpFld(QWidget* Parent)
-    : QGroupBox(Parent), TValueField(this), FLayout(new QGridLayout(this)), FGroup(new QButtonGroup(this)) {
-    FCopyVal = -1;
-    FFormCreateVal = -1;
+class TRadioGrpFldPrivate : public TFieldBasePrivate {
+public:
+    QStringList FItems;
+    int FItemIndex = -1;
+    int FColumns = 1;
+    QGridLayout* FLayout = nullptr;
+    QButtonGroup* FGroup = nullptr;
+    QList<QRadioButton*> FButtons;
+    TNotifyEvent FOnClick;
+};
+
+TRadioGrpFld::TRadioGrpFld(QWidget* Parent) : QGroupBox(Parent), TValueField(this, new TRadioGrpFldPrivate) {
+    Priv()->FLayout = new QGridLayout(this);
+    Priv()->FGroup = new QButtonGroup(this);
+    // No item is checked: the copy and form-create values are -1 too.
+    SetCopyValue();
+    SetFormCreateVal();
     // Keyboard navigation and a host checking a button directly move ItemIndex as well.
-    connect(FGroup, &QButtonGroup::idToggled, this, [this](int Id, bool Checked) {
-        if (Checked) FItemIndex = Id;
+    connect(Priv()->FGroup, &QButtonGroup::idToggled, this, [this](int Id, bool Checked) {
+        if (Checked) Priv()->FItemIndex = Id;
     });
-    connect(FGroup, &QButtonGroup::idClicked, this, [this](int Id) {
+    connect(Priv()->FGroup, &QButtonGroup::idClicked, this, [this](int Id) {
         SetItemIndex(Id);
-        if (FOnClick) FOnClick(this);
+        if (Priv()->FOnClick) Priv()->FOnClick(this);
     });
 }
 
 TRadioGrpFld::~TRadioGrpFld() = default;
 
+TRadioGrpFldPrivate* TRadioGrpFld::Priv() const {
+    return static_cast<TRadioGrpFldPrivate*>(FieldPrivate());
+}
+
+QStringList TRadioGrpFld::Items() const {
+    return Priv()->FItems;
+}
+
+int TRadioGrpFld::ItemIndex() const {
+    return Priv()->FItemIndex;
+}
+
+int TRadioGrpFld::Columns() const {
+    return Priv()->FColumns;
+}
+
+TNotifyEvent TRadioGrpFld::OnClick() const {
+    return Priv()->FOnClick;
+}
+
+void TRadioGrpFld::SetOnClick(TNotifyEvent AEvent) {
+    Priv()->FOnClick = std::move(AEvent);
+}
+
 void TRadioGrpFld::SetItems(const QStringList& AValue) {
-    if (AValue == FItems) return;
-    FItems = AValue;
+    if (AValue == Priv()->FItems) return;
+    Priv()->FItems = AValue;
     BuildButtons();
 }
 
 void TRadioGrpFld::SetItemIndex(int AValue) {
-    FItemIndex = AValue;
+    Priv()->FItemIndex = AValue;
     UpdateChecks();
 }
 
 void TRadioGrpFld::SetColumns(int AValue) {
     AValue = std::max(AValue, 1);
-    if (AValue == FColumns) return;
-    FColumns = AValue;
+    if (AValue == Priv()->FColumns) return;
+    Priv()->FColumns = AValue;
     BuildButtons();
 }
 
 QRadioButton* TRadioGrpFld::Button(int Index) const {
-    return Index >= 0 && Index < FButtons.size() ? FButtons[Index] : nullptr;
+    return Index >= 0 && Index < Priv()->FButtons.size() ? Priv()->FButtons[Index] : nullptr;
 }
 
 void TRadioGrpFld::BuildButtons() {
     // Buttons are rebuilt rather than relabelled: the item count and the column layout may both
     // have changed.
-    for (QRadioButton* B : std::as_const(FButtons)) {
-        FGroup->removeButton(B);
+    for (QRadioButton* B : std::as_const(Priv()->FButtons)) {
+        Priv()->FGroup->removeButton(B);
         delete B;
     }
-    FButtons.clear();
-    const int N = static_cast<int>(FItems.size());
-    const int Rows = (N + FColumns - 1) / FColumns;
+    Priv()->FButtons.clear();
+    const int N = static_cast<int>(Priv()->FItems.size());
+    const int Rows = (N + Priv()->FColumns - 1) / Priv()->FColumns;
     for (int I = 0; I < N; ++I) {
-        auto* B = new QRadioButton(FItems[I], this);
-        FGroup->addButton(B, I);
-        FLayout->addWidget(B, I % std::max(Rows, 1), I / std::max(Rows, 1));
-        FButtons.append(B);
+        auto* B = new QRadioButton(Priv()->FItems[I], this);
+        Priv()->FGroup->addButton(B, I);
+        Priv()->FLayout->addWidget(B, I % std::max(Rows, 1), I / std::max(Rows, 1));
+        Priv()->FButtons.append(B);
     }
     UpdateChecks();
 }
 
 void TRadioGrpFld::UpdateChecks() {
-    if (QRadioButton* B = Button(FItemIndex)) {
+    if (QRadioButton* B = Button(Priv()->FItemIndex)) {
         B->setChecked(true);
         return;
     }
     // An exclusive group does not let its checked button go.
-    if (QAbstractButton* Checked = FGroup->checkedButton()) {
-        FGroup->setExclusive(false);
+    if (QAbstractButton* Checked = Priv()->FGroup->checkedButton()) {
+        Priv()->FGroup->setExclusive(false);
         Checked->setChecked(false);
-        FGroup->setExclusive(true);
+        Priv()->FGroup->setExclusive(true);
     }
 }
 
 QString TRadioGrpFld::ItemCaption(int Index) const {
-    return Index >= 0 && Index < FItems.size() ? FItems[Index] : QString();
+    return Index >= 0 && Index < Priv()->FItems.size() ? Priv()->FItems[Index] : QString();
 }
 
 void TRadioGrpFld::Assign(QObject* Source) {
@@ -228,12 +267,12 @@ void TRadioGrpFld::Assign(QObject* Source) {
 bool TRadioGrpFld::XmlValueChanged(TXmlNode ParentXmlNode) {
     return XmlChildChanged(ParentXmlNode, ItemIndexElement, [this](TXmlNode C) {
         int I = 0;
-        return !XmlTryStrToInt(C.ValueAsString(), I) || I != FItemIndex;
+        return !XmlTryStrToInt(C.ValueAsString(), I) || I != Priv()->FItemIndex;
     });
 }
 
 QString TRadioGrpFld::GetValueText() {
-    return ItemCaption(FItemIndex);
+    return ItemCaption(Priv()->FItemIndex);
 }
 
 QString TRadioGrpFld::GetXMLValueText(TXmlNode ParentXmlNode) {
@@ -244,7 +283,7 @@ QString TRadioGrpFld::GetXMLValueText(TXmlNode ParentXmlNode) {
 }
 
 void TRadioGrpFld::WriteStreamValue(TWriter& Writer) {
-    Writer.WriteInteger(FItemIndex);
+    Writer.WriteInteger(Priv()->FItemIndex);
 }
 
 TFieldBase::TApplyValue TRadioGrpFld::ReadStreamValue(TReader& Reader) {
@@ -252,7 +291,7 @@ TFieldBase::TApplyValue TRadioGrpFld::ReadStreamValue(TReader& Reader) {
 }
 
 void TRadioGrpFld::WriteXmlValue(TXmlNode Node) {
-    Node.WriteInteger(ItemIndexElement, FItemIndex);
+    Node.WriteInteger(ItemIndexElement, Priv()->FItemIndex);
 }
 
 TFieldBase::TApplyValue TRadioGrpFld::ReadXmlValue(TXmlNode Node) {

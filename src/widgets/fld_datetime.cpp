@@ -19,8 +19,8 @@ TDateTimePickerFld::TDateTimePickerFld(QWidget* Parent) : QDateTimeEdit(Parent),
     // QDateTimeEdit's default range starts in 1752; files may name any year from 100 on.
     setDateTimeRange(QDateTime(QDate(100, 1, 1), QTime(0, 0)),
                      QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59, 999)));
-    FCopyVal = dateTime();
-    FFormCreateVal = FCopyVal;
+    SetCopyValue();
+    SetFormCreateVal();
 }
 
 TDateTimePickerFld::~TDateTimePickerFld() = default;

@@ -1,4 +1,6 @@
 // TCheckListBoxFld: the check-list field, tolerant of an item list that changed since writing.
+#include "fieldbase_p.h"
+
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fields.h>
 
@@ -74,7 +76,13 @@ QString JoinCaptions(const QStringList& Captions) {
     return R;
 }
 
-TCheckListBoxFld::TCheckListBoxFld(QWidget* Parent) : QListWidget(Parent), TValueField(this) {
+class TCheckListBoxFldPrivate : public TFieldBasePrivate {
+public:
+    bool FAllowGrayed = false;
+};
+
+TCheckListBoxFld::TCheckListBoxFld(QWidget* Parent)
+    : QListWidget(Parent), TValueField(this, new TCheckListBoxFldPrivate) {
     // Items a host adds straight through QListWidget get their check box as well.
     connect(model(), &QAbstractItemModel::rowsInserted, this,
             [this](const QModelIndex&, int First, int Last) {
@@ -85,9 +93,17 @@ TCheckListBoxFld::TCheckListBoxFld(QWidget* Parent) : QListWidget(Parent), TValu
 
 TCheckListBoxFld::~TCheckListBoxFld() = default;
 
+TCheckListBoxFldPrivate* TCheckListBoxFld::Priv() const {
+    return static_cast<TCheckListBoxFldPrivate*>(FieldPrivate());
+}
+
+bool TCheckListBoxFld::AllowGrayed() const {
+    return Priv()->FAllowGrayed;
+}
+
 void TCheckListBoxFld::PrepareItem(QListWidgetItem* Item) const {
     Qt::ItemFlags F = Item->flags() | Qt::ItemIsUserCheckable;
-    F.setFlag(Qt::ItemIsUserTristate, FAllowGrayed);
+    F.setFlag(Qt::ItemIsUserTristate, Priv()->FAllowGrayed);
     if (F != Item->flags()) Item->setFlags(F);
     if (!Item->data(Qt::CheckStateRole).isValid()) Item->setCheckState(Qt::Unchecked);
 }
@@ -120,8 +136,8 @@ void TCheckListBoxFld::SetState(int Index, TCheckBoxState AValue) {
 }
 
 void TCheckListBoxFld::SetAllowGrayed(bool AValue) {
-    if (AValue == FAllowGrayed) return;
-    FAllowGrayed = AValue;
+    if (AValue == Priv()->FAllowGrayed) return;
+    Priv()->FAllowGrayed = AValue;
     for (int I = 0; I < count(); ++I)
         PrepareItem(item(I));
 }

@@ -35,10 +35,11 @@
 
 #include <optional>
 
-class QButtonGroup;
-class QGridLayout;
-
 namespace qxnum {
+
+class TRadioGrpFldPrivate;
+class TCheckListBoxFldPrivate;
+class TComboBoxFldPrivate;
 
 // State of a check-list item; the names are the ones written to XML, the ordinals the stream's.
 
@@ -187,27 +188,27 @@ public:
 
     QString Caption() const { return title(); }
     void SetCaption(const QString& AValue) { setTitle(AValue); }
-    QStringList Items() const { return FItems; }
+    QStringList Items() const;
     void SetItems(const QStringList& AValue);
-    int ItemIndex() const { return FItemIndex; }
+    int ItemIndex() const;
     void SetItemIndex(int AValue);
-    int Columns() const { return FColumns; }
+    int Columns() const;
     // At least 1.
     void SetColumns(int AValue);
     // The button of item Index, nullptr when there is none.
     QRadioButton* Button(int Index) const;
-    TNotifyEvent OnClick() const { return FOnClick; }
-    void SetOnClick(TNotifyEvent AEvent) { FOnClick = std::move(AEvent); }
+    TNotifyEvent OnClick() const;
+    void SetOnClick(TNotifyEvent AEvent);
     void Assign(QObject* Source);
 
     bool XmlValueChanged(TXmlNode ParentXmlNode) override;
-    QVariant GetVariantValue() override { return FItemIndex; }
+    QVariant GetVariantValue() override { return ItemIndex(); }
     // The caption of the checked item; empty when ItemIndex names no item.
     QString GetValueText() override;
     QString GetXMLValueText(TXmlNode ParentXmlNode) override;
 
 protected:
-    int CurrentValue() override { return FItemIndex; }
+    int CurrentValue() override { return ItemIndex(); }
     void PutValue(const int& AValue) override { SetItemIndex(AValue); }
     void WriteStreamValue(TWriter& Writer) override;
     TApplyValue ReadStreamValue(TReader& Reader) override;
@@ -215,17 +216,10 @@ protected:
     TApplyValue ReadXmlValue(TXmlNode Node) override;
 
 private:
+    TRadioGrpFldPrivate* Priv() const;
     void BuildButtons();
     void UpdateChecks();
     QString ItemCaption(int Index) const;
-
-    QStringList FItems;
-    int FItemIndex = -1;
-    int FColumns = 1;
-    QGridLayout* FLayout;
-    QButtonGroup* FGroup;
-    QList<QRadioButton*> FButtons;
-    TNotifyEvent FOnClick;
 };
 
 // --- Lists --------------------------------------------------------------------------------------
@@ -263,7 +257,7 @@ public:
     void SetState(int Index, TCheckBoxState AValue);
     bool Checked(int Index) const { return State(Index) != cbUnchecked; }
     void SetChecked(int Index, bool AValue) { SetState(Index, AValue ? cbChecked : cbUnchecked); }
-    bool AllowGrayed() const { return FAllowGrayed; }
+    bool AllowGrayed() const;
     void SetAllowGrayed(bool AValue);
     // The state of every item, in order.
     QList<TCheckBoxState> States() const;
@@ -289,9 +283,8 @@ protected:
     TApplyValue ReadXmlValue(TXmlNode Node) override;
 
 private:
+    TCheckListBoxFldPrivate* Priv() const;
     void PrepareItem(QListWidgetItem* Item) const;
-
-    bool FAllowGrayed = false;
 };
 
 // A combo box with an item index and a text. In every style but csDropDownList the box is
@@ -316,7 +309,7 @@ public:
     explicit TComboBoxFld(QWidget* Parent = nullptr);
     ~TComboBoxFld() override;
 
-    TComboBoxStyle Style() const { return FStyle; }
+    TComboBoxStyle Style() const;
     void SetStyle(TComboBoxStyle AValue);
     QStringList Items() const;
     void SetItems(const QStringList& AValue);
@@ -325,18 +318,18 @@ public:
     void SetItemIndex(int AValue);
     QString Text() const { return currentText(); }
     void SetText(const QString& AValue);
-    QString SavedText() const { return FSavedText; }
-    void SetSavedText(const QString& AValue) { FSavedText = AValue; }
+    QString SavedText() const;
+    void SetSavedText(const QString& AValue);
     void RevertToSavedText();
     // Runs after every change the user makes (OnChange, then the changed() signal).
-    TNotifyEvent OnChange() const { return FOnChange; }
-    void SetOnChange(TNotifyEvent AEvent) { FOnChange = std::move(AEvent); }
+    TNotifyEvent OnChange() const;
+    void SetOnChange(TNotifyEvent AEvent);
     // Copies ItemIndex and text.
     void Assign(QObject* Source);
 
-    bool HasChanged() override { return currentIndex() != FCopyVal; }
-    void SetCopyValue() override { FCopyVal = currentIndex(); }
-    void RestoreCopyValue() override { SetItemIndex(FCopyVal); }
+    bool HasChanged() override;
+    void SetCopyValue() override;
+    void RestoreCopyValue() override;
     void SetFormCreateVal() override;
     void ResetToFormCreateVal() override;
     bool XmlValueChanged(TXmlNode ParentXmlNode) override;
@@ -359,16 +352,10 @@ protected:
     TApplyValue ReadXmlValue(TXmlNode Node) override;
 
 private:
+    TComboBoxFldPrivate* Priv() const;
     void ConnectEdit();
     // Puts a read index and text into the box following the style's rule (see the class comment).
     void ApplyRead(std::optional<int> Index, const std::optional<QString>& NewText, bool SaveEmptyText);
-
-    TComboBoxStyle FStyle = csDropDown;
-    QString FSavedText;
-    int FCopyVal = -1;
-    int FFormCreateItemIndex = -1;
-    QString FFormCreateText;
-    TNotifyEvent FOnChange;
 };
 
 // --- Date and time ------------------------------------------------------------------------------
