@@ -30,68 +30,80 @@ QString CheckedText(bool Checked) {
     return Checked ? QStringLiteral("checked") : QStringLiteral("unchecked");
 }
 
-// The "Value" element of a boolean field: changed when it differs or is not a boolean.
-bool BoolDiffers(TXmlNode C, bool Current) {
-    bool B = false;
-    return !XmlTryStrToBool(C.ValueAsString(), B) || B != Current;
+} // namespace
+
+// --- TBoolField ---------------------------------------------------------------------------------
+
+class TBoolFieldPrivate : public TFieldBasePrivate {
+public:
+    explicit TBoolFieldPrivate(const QMetaObject& FieldClass) : FFieldClass(&FieldClass) {}
+    const QMetaObject* FFieldClass;
+};
+
+TBoolField::TBoolField(QWidget* Control, const QMetaObject& FieldClass)
+    : TValueField(Control, new TBoolFieldPrivate(FieldClass)) {}
+
+TBoolFieldPrivate* TBoolField::Priv() const {
+    return static_cast<TBoolFieldPrivate*>(FieldPrivate());
 }
 
-QString BoolXmlText(TXmlNode Node) {
-    const TXmlNode C = Node.NodeByName(ValueElement);
-    if (!C) return TFieldBase::NoValueText();
+void TBoolField::Assign(QObject* Source) {
+    auto* S = Source && Source->metaObject()->inherits(Priv()->FFieldClass)
+                  ? dynamic_cast<TBoolField*>(Source)
+                  : nullptr;
+    if (!S) AssignError(Source);
+    PutValue(S->CurrentValue());
+}
+
+bool TBoolField::XmlValueChanged(TXmlNode ParentXmlNode) {
+    return XmlChildChanged(ParentXmlNode, ValueElement, [this](TXmlNode C) {
+        bool B = false;
+        return !XmlTryStrToBool(C.ValueAsString(), B) || B != CurrentValue();
+    });
+}
+
+QVariant TBoolField::GetVariantValue() {
+    return CurrentValue();
+}
+
+QString TBoolField::GetValueText() {
+    return CheckedText(CurrentValue());
+}
+
+QString TBoolField::GetXMLValueText(TXmlNode ParentXmlNode) {
+    const TXmlNode C = ParentXmlNode.NodeByName(ValueElement);
+    if (!C) return NoValueText();
     bool B = false;
     return XmlTryStrToBool(C.ValueAsString(), B) ? CheckedText(B) : C.ValueAsString();
 }
 
-} // namespace
+void TBoolField::WriteStreamValue(TWriter& Writer) {
+    Writer.WriteBoolean(CurrentValue());
+}
+
+TFieldBase::TApplyValue TBoolField::ReadStreamValue(TReader& Reader) {
+    return [this, B = Reader.ReadBoolean()] { PutValue(B); };
+}
+
+void TBoolField::WriteXmlValue(TXmlNode Node) {
+    Node.WriteBool(ValueElement, CurrentValue());
+}
+
+TFieldBase::TApplyValue TBoolField::ReadXmlValue(TXmlNode Node) {
+    bool B = false;
+    if (!ReadXmlBool(Node, ValueElement, B)) return {};
+    return [this, B] { PutValue(B); };
+}
 
 // --- TCheckFld ----------------------------------------------------------------------------------
 
-TCheckFld::TCheckFld(QWidget* Parent) : QCheckBox(Parent), TValueField(this) {}
+TCheckFld::TCheckFld(QWidget* Parent) : QCheckBox(Parent), TBoolField(this, staticMetaObject) {}
 
 TCheckFld::~TCheckFld() = default;
 
-void TCheckFld::Assign(QObject* Source) {
-    if (const auto* S = qobject_cast<TCheckFld*>(Source))
-        SetChecked(S->Checked());
-    else
-        AssignError(Source);
-}
-
-bool TCheckFld::XmlValueChanged(TXmlNode ParentXmlNode) {
-    return XmlChildChanged(ParentXmlNode, ValueElement,
-                           [this](TXmlNode C) { return BoolDiffers(C, Checked()); });
-}
-
-QString TCheckFld::GetValueText() {
-    return CheckedText(Checked());
-}
-
-QString TCheckFld::GetXMLValueText(TXmlNode ParentXmlNode) {
-    return BoolXmlText(ParentXmlNode);
-}
-
-void TCheckFld::WriteStreamValue(TWriter& Writer) {
-    Writer.WriteBoolean(Checked());
-}
-
-TFieldBase::TApplyValue TCheckFld::ReadStreamValue(TReader& Reader) {
-    return [this, B = Reader.ReadBoolean()] { SetChecked(B); };
-}
-
-void TCheckFld::WriteXmlValue(TXmlNode Node) {
-    Node.WriteBool(ValueElement, Checked());
-}
-
-TFieldBase::TApplyValue TCheckFld::ReadXmlValue(TXmlNode Node) {
-    bool B = false;
-    if (!ReadXmlBool(Node, ValueElement, B)) return {};
-    return [this, B] { SetChecked(B); };
-}
-
 // --- TRadioBtnFld -------------------------------------------------------------------------------
 
-TRadioBtnFld::TRadioBtnFld(QWidget* Parent) : QRadioButton(Parent), TValueField(this) {}
+TRadioBtnFld::TRadioBtnFld(QWidget* Parent) : QRadioButton(Parent), TBoolField(this, staticMetaObject) {}
 
 TRadioBtnFld::~TRadioBtnFld() = default;
 
@@ -104,44 +116,6 @@ void TRadioBtnFld::SetChecked(bool AValue) {
     setAutoExclusive(false);
     setChecked(false);
     setAutoExclusive(true);
-}
-
-void TRadioBtnFld::Assign(QObject* Source) {
-    if (const auto* S = qobject_cast<TRadioBtnFld*>(Source))
-        SetChecked(S->isChecked());
-    else
-        AssignError(Source);
-}
-
-bool TRadioBtnFld::XmlValueChanged(TXmlNode ParentXmlNode) {
-    return XmlChildChanged(ParentXmlNode, ValueElement,
-                           [this](TXmlNode C) { return BoolDiffers(C, isChecked()); });
-}
-
-QString TRadioBtnFld::GetValueText() {
-    return CheckedText(isChecked());
-}
-
-QString TRadioBtnFld::GetXMLValueText(TXmlNode ParentXmlNode) {
-    return BoolXmlText(ParentXmlNode);
-}
-
-void TRadioBtnFld::WriteStreamValue(TWriter& Writer) {
-    Writer.WriteBoolean(isChecked());
-}
-
-TFieldBase::TApplyValue TRadioBtnFld::ReadStreamValue(TReader& Reader) {
-    return [this, B = Reader.ReadBoolean()] { SetChecked(B); };
-}
-
-void TRadioBtnFld::WriteXmlValue(TXmlNode Node) {
-    Node.WriteBool(ValueElement, isChecked());
-}
-
-TFieldBase::TApplyValue TRadioBtnFld::ReadXmlValue(TXmlNode Node) {
-    bool B = false;
-    if (!ReadXmlBool(Node, ValueElement, B)) return {};
-    return [this, B] { SetChecked(B); };
 }
 
 // --- TRadioGrpFld -------------------------------------------------------------------------------

@@ -115,8 +115,34 @@ protected:
 
 // --- Buttons ------------------------------------------------------------------------------------
 
+class TBoolFieldPrivate;
+
+// What a check box and a radio button field share: the value is Checked, a boolean in both media
+// ("Value" in XML), shown as "checked" or "unchecked". A class passes its own meta-object, so that
+// Assign accepts a field of that class or a subclass.
+class QXNUM_WIDGETS_EXPORT TBoolField : public TValueField<bool> {
+public:
+    TBoolField(QWidget* Control, const QMetaObject& FieldClass);
+
+    void Assign(QObject* Source);
+
+    bool XmlValueChanged(TXmlNode ParentXmlNode) override;
+    QVariant GetVariantValue() override;
+    QString GetValueText() override;
+    QString GetXMLValueText(TXmlNode ParentXmlNode) override;
+
+protected:
+    void WriteStreamValue(TWriter& Writer) override;
+    TApplyValue ReadStreamValue(TReader& Reader) override;
+    void WriteXmlValue(TXmlNode Node) override;
+    TApplyValue ReadXmlValue(TXmlNode Node) override;
+
+private:
+    TBoolFieldPrivate* Priv() const;
+};
+
 // A check box; its value is Checked (a partially checked tri-state box is not Checked).
-class QXNUM_WIDGETS_EXPORT TCheckFld : public QCheckBox, public TValueField<bool> {
+class QXNUM_WIDGETS_EXPORT TCheckFld : public QCheckBox, public TBoolField {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 
@@ -126,27 +152,16 @@ public:
 
     bool Checked() const { return checkState() == Qt::Checked; }
     void SetChecked(bool AValue) { setCheckState(AValue ? Qt::Checked : Qt::Unchecked); }
-    void Assign(QObject* Source);
-
-    bool XmlValueChanged(TXmlNode ParentXmlNode) override;
-    QVariant GetVariantValue() override { return Checked(); }
-    // "checked" or "unchecked".
-    QString GetValueText() override;
-    QString GetXMLValueText(TXmlNode ParentXmlNode) override;
 
 protected:
     bool CurrentValue() override { return Checked(); }
     void PutValue(const bool& AValue) override { SetChecked(AValue); }
-    void WriteStreamValue(TWriter& Writer) override;
-    TApplyValue ReadStreamValue(TReader& Reader) override;
-    void WriteXmlValue(TXmlNode Node) override;
-    TApplyValue ReadXmlValue(TXmlNode Node) override;
 };
 
 // A radio button. SetChecked(false) unchecks it also when it is the checked button of its
 // auto-exclusive siblings (Qt alone refuses that), so a read or a restore can always clear it;
 // SetChecked(true) unchecks the siblings as usual.
-class QXNUM_WIDGETS_EXPORT TRadioBtnFld : public QRadioButton, public TValueField<bool> {
+class QXNUM_WIDGETS_EXPORT TRadioBtnFld : public QRadioButton, public TBoolField {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
 
@@ -156,21 +171,10 @@ public:
 
     bool Checked() const { return isChecked(); }
     void SetChecked(bool AValue);
-    void Assign(QObject* Source);
-
-    bool XmlValueChanged(TXmlNode ParentXmlNode) override;
-    QVariant GetVariantValue() override { return isChecked(); }
-    // "checked" or "unchecked".
-    QString GetValueText() override;
-    QString GetXMLValueText(TXmlNode ParentXmlNode) override;
 
 protected:
     bool CurrentValue() override { return isChecked(); }
     void PutValue(const bool& AValue) override { SetChecked(AValue); }
-    void WriteStreamValue(TWriter& Writer) override;
-    TApplyValue ReadStreamValue(TReader& Reader) override;
-    void WriteXmlValue(TXmlNode Node) override;
-    TApplyValue ReadXmlValue(TXmlNode Node) override;
 };
 
 // A radio group: a group box (its title is the caption) holding one radio button per item, laid
