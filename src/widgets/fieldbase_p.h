@@ -24,4 +24,26 @@ public:
     TXmlNodeEvent FOnXmlWriteValueChanged;
 };
 
+inline Qt::CheckState CheckStateToQt(TCheckBoxState S) {
+    switch (S) {
+    case cbChecked:
+        return Qt::Checked;
+    case cbGrayed:
+        return Qt::PartiallyChecked;
+    default:
+        return Qt::Unchecked;
+    }
+}
+
+inline TCheckBoxState CheckStateFromQt(Qt::CheckState S) {
+    switch (S) {
+    case Qt::Checked:
+        return cbChecked;
+    case Qt::PartiallyChecked:
+        return cbGrayed;
+    default:
+        return cbUnchecked;
+    }
+}
+
 } // namespace qxnum

@@ -101,6 +101,14 @@ TCheckFld::TCheckFld(QWidget* Parent) : QCheckBox(Parent), TBoolField(this, stat
 
 TCheckFld::~TCheckFld() = default;
 
+TCheckBoxState TCheckFld::State() const {
+    return CheckStateFromQt(checkState());
+}
+
+void TCheckFld::SetState(TCheckBoxState AValue) {
+    setCheckState(CheckStateToQt(AValue));
+}
+
 // --- TRadioBtnFld -------------------------------------------------------------------------------
 
 TRadioBtnFld::TRadioBtnFld(QWidget* Parent) : QRadioButton(Parent), TBoolField(this, staticMetaObject) {}

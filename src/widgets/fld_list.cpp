@@ -19,28 +19,6 @@ const TClassRegistrar CheckListBoxFldRegistrar("TCheckListBoxFld", [](QObject* O
     return new TCheckListBoxFld(qobject_cast<QWidget*>(Owner));
 });
 
-Qt::CheckState ToQt(TCheckBoxState S) {
-    switch (S) {
-    case cbChecked:
-        return Qt::Checked;
-    case cbGrayed:
-        return Qt::PartiallyChecked;
-    default:
-        return Qt::Unchecked;
-    }
-}
-
-TCheckBoxState FromQt(Qt::CheckState S) {
-    switch (S) {
-    case Qt::Checked:
-        return cbChecked;
-    case Qt::PartiallyChecked:
-        return cbGrayed;
-    default:
-        return cbUnchecked;
-    }
-}
-
 // The stored entries of "Items" by caption; the first entry of a caption wins. Entries without a
 // "Caption" attribute belong to no item.
 QHash<QString, TXmlNode> EntriesByCaption(TXmlNode Items, int* EntryCount = nullptr) {
@@ -123,16 +101,16 @@ void TCheckListBoxFld::SetItems(const QStringList& AValue) {
 
 void TCheckListBoxFld::AddItem(const QString& Caption, TCheckBoxState AState) {
     addItem(Caption);
-    item(count() - 1)->setCheckState(ToQt(AState));
+    item(count() - 1)->setCheckState(CheckStateToQt(AState));
 }
 
 TCheckBoxState TCheckListBoxFld::State(int Index) const {
     const QListWidgetItem* It = item(Index);
-    return It ? FromQt(It->checkState()) : cbUnchecked;
+    return It ? CheckStateFromQt(It->checkState()) : cbUnchecked;
 }
 
 void TCheckListBoxFld::SetState(int Index, TCheckBoxState AValue) {
-    if (QListWidgetItem* It = item(Index)) It->setCheckState(ToQt(AValue));
+    if (QListWidgetItem* It = item(Index)) It->setCheckState(CheckStateToQt(AValue));
 }
 
 void TCheckListBoxFld::SetAllowGrayed(bool AValue) {
@@ -146,14 +124,14 @@ QList<TCheckBoxState> TCheckListBoxFld::States() const {
     QList<TCheckBoxState> L;
     L.reserve(count());
     for (int I = 0; I < count(); ++I)
-        L.append(FromQt(item(I)->checkState()));
+        L.append(CheckStateFromQt(item(I)->checkState()));
     return L;
 }
 
 void TCheckListBoxFld::SetStates(const QList<TCheckBoxState>& AValue) {
     const int N = std::min(count(), static_cast<int>(AValue.size()));
     for (int I = 0; I < N; ++I)
-        item(I)->setCheckState(ToQt(AValue[I]));
+        item(I)->setCheckState(CheckStateToQt(AValue[I]));
 }
 
 void TCheckListBoxFld::Assign(QObject* Source) {

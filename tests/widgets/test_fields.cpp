@@ -4,6 +4,7 @@
 #include <qxnum/widgets/fields.h>
 
 #include <QBuffer>
+#include <QMetaProperty>
 #include <QRandomGenerator>
 #include <gtest/gtest.h>
 
@@ -11,6 +12,9 @@ QT_BEGIN_NAMESPACE
 // Readable failure messages.
 inline void PrintTo(const QString& S, std::ostream* Os) {
     *Os << '"' << S.toStdString() << '"';
+}
+inline void PrintTo(const QVariant& V, std::ostream* Os) {
+    *Os << V.typeName() << ' ' << V.toString().toStdString();
 }
 QT_END_NAMESPACE
 
@@ -466,6 +470,83 @@ TEST_P(FieldContract, AssignFromAnotherClassRaises) {
     } catch (const EConvertError& E) {
         EXPECT_EQ(E.Message(), QStringLiteral("Cannot assign a %1 to a %2")
                                    .arg(QLatin1String(Foreign.ClassName), QLatin1String(K().ClassName)));
+    }
+}
+
+// --- Qt properties ------------------------------------------------------------------------------
+
+TEST_F(FieldTest, PropertiesGoThroughTheSetters) {
+    using TGet = std::function<QVariant(QWidget*)>;
+    const auto B = [](QWidget* W) { return Base(W); };
+    const struct {
+        const char* Class; // nullptr: every field class, the numeric field included
+        const char* Name;
+        QVariant Value;
+        TGet Get;
+        QVariant Expected = {}; // when not Value
+    } Table[] = {
+        // Enumerations are written by name (State, Style): that works only for registered ones.
+        {nullptr, "TagXML", 17, [=](QWidget* W) { return QVariant(B(W)->GetTagXML()); }},
+        {nullptr, "Tag", -4, [=](QWidget* W) { return QVariant(B(W)->GetTag()); }},
+        {nullptr, "CustomIDstring", QStringLiteral("Old"),
+         [=](QWidget* W) { return QVariant(B(W)->GetIDstring()); }},
+        {nullptr, "EnforceXMLchanged", true, [=](QWidget* W) { return QVariant(B(W)->EnforceXMLchanged()); }},
+        {nullptr, "StreamReadVisibleandEnabled", true,
+         [=](QWidget* W) { return QVariant(B(W)->StreamReadVisibleandEnabled()); }},
+        {nullptr, "NoSaveWrite", true, [=](QWidget* W) { return QVariant(B(W)->GetNoSaveWrite()); }},
+        {"TStringFld", "Text", QStringLiteral("abc"),
+         [](QWidget* W) { return QVariant(As<TStringFld>(W)->Text()); }},
+        {"TMemoFld", "Text", QStringLiteral("a\nb"),
+         [](QWidget* W) { return QVariant(As<TMemoFld>(W)->Text()); }},
+        {"TMemoFld", "Lines", QStringList{"x", "y"},
+         [](QWidget* W) { return QVariant(As<TMemoFld>(W)->Lines()); }},
+        {"TCheckFld", "Checked", true, [](QWidget* W) { return QVariant(As<TCheckFld>(W)->Checked()); }},
+        {"TCheckFld", "State", QStringLiteral("cbGrayed"),
+         [](QWidget* W) { return QVariant(As<TCheckFld>(W)->checkState() == Qt::PartiallyChecked); }, true},
+        {"TCheckFld", "AllowGrayed", true,
+         [](QWidget* W) { return QVariant(As<TCheckFld>(W)->isTristate()); }},
+        {"TRadioBtnFld", "Checked", true,
+         [](QWidget* W) { return QVariant(As<TRadioBtnFld>(W)->isChecked()); }},
+        {"TRadioGrpFld", "Caption", QStringLiteral("Unit"),
+         [](QWidget* W) { return QVariant(As<TRadioGrpFld>(W)->title()); }},
+        {"TRadioGrpFld", "Items", QStringList{"a", "b"},
+         [](QWidget* W) { return QVariant(As<TRadioGrpFld>(W)->Items()); }},
+        {"TRadioGrpFld", "ItemIndex", 1,
+         [](QWidget* W) { return QVariant(As<TRadioGrpFld>(W)->Button(1)->isChecked() ? 1 : 0); }},
+        {"TRadioGrpFld", "Columns", 2, [](QWidget* W) { return QVariant(As<TRadioGrpFld>(W)->Columns()); }},
+        {"TCheckListBoxFld", "Items", QStringList{"p", "q"},
+         [](QWidget* W) { return QVariant(As<TCheckListBoxFld>(W)->Items()); }},
+        {"TCheckListBoxFld", "AllowGrayed", true,
+         [](QWidget* W) {
+             return QVariant(bool(As<TCheckListBoxFld>(W)->item(0)->flags() & Qt::ItemIsUserTristate));
+         }},
+        {"TComboBoxFld", "Style", QStringLiteral("csDropDownList"),
+         [](QWidget* W) {
+             return QVariant(int(As<TComboBoxFld>(W)->Style()) * 10 + As<TComboBoxFld>(W)->isEditable());
+         },
+         20},
+        {"TComboBoxFld", "Items", QStringList{"u", "v"},
+         [](QWidget* W) { return QVariant(As<TComboBoxFld>(W)->Items()); }},
+        {"TComboBoxFld", "ItemIndex", 1,
+         [](QWidget* W) { return QVariant(As<TComboBoxFld>(W)->currentIndex()); }},
+        {"TComboBoxFld", "Text", QStringLiteral("typed"),
+         [](QWidget* W) { return QVariant(As<TComboBoxFld>(W)->currentText()); }},
+        {"TDateTimePickerFld", "DateTime", QDateTime(QDate(2001, 2, 3), QTime(4, 5, 6, 7)),
+         [](QWidget* W) { return QVariant(As<TDateTimePickerFld>(W)->dateTime()); }},
+    };
+    std::vector<TFieldKind> All = Kinds();
+    All.push_back({"TNumFld", true, {}, {}});
+    for (const TFieldKind& K : All) {
+        for (const auto& R : Table) {
+            if (R.Class && QLatin1String(R.Class) != QLatin1String(K.ClassName)) continue;
+            SCOPED_TRACE(std::string(K.ClassName) + "." + R.Name);
+            QWidget* W = Make(K);
+            const QMetaProperty P = W->metaObject()->property(W->metaObject()->indexOfProperty(R.Name));
+            ASSERT_TRUE(P.isValid());
+            EXPECT_TRUE(P.isWritable());
+            EXPECT_TRUE(W->setProperty(R.Name, R.Value));
+            EXPECT_EQ(R.Get(W), R.Expected.isValid() ? R.Expected : R.Value);
+        }
     }
 }
 

@@ -7,6 +7,7 @@
 //     class TStringFld : public QLineEdit, public TValueField<QString> {
 //         Q_OBJECT
 //         Q_INTERFACES(qxnum::INumFld)
+//         QXNUM_FIELD_PROPERTIES
 //     public:
 //         explicit TStringFld(QWidget* Parent = nullptr) : QLineEdit(Parent), TValueField(this) {}
 //     protected:
@@ -70,6 +71,17 @@
 namespace qxnum {
 
 class TFieldBasePrivate;
+
+// The published properties that every field shares, as Qt properties. TFieldBase is no QObject,
+// so each field class puts this line into its own declaration, after Q_OBJECT.
+#define QXNUM_FIELD_PROPERTIES                                                                               \
+    Q_PROPERTY(int TagXML READ TagXML WRITE SetTagXML)                                                       \
+    Q_PROPERTY(int Tag READ Tag WRITE SetTag)                                                                \
+    Q_PROPERTY(QString CustomIDstring READ CustomIDstring WRITE SetCustomIDstring)                           \
+    Q_PROPERTY(bool EnforceXMLchanged READ EnforceXMLchanged WRITE SetEnforceXMLchanged)                     \
+    Q_PROPERTY(bool StreamReadVisibleandEnabled READ StreamReadVisibleandEnabled WRITE                       \
+                   SetStreamReadVisibleandEnabled)                                                           \
+    Q_PROPERTY(bool NoSaveWrite READ GetNoSaveWrite WRITE SetNoSaveWrite)
 
 // TXmlNodeEvent (Sender, Node), the type of OnAfterXMLWrite and OnXmlWriteValueChanged, comes
 // from numfld_intf.h; TNotifyEvent (Sender) from numedit.h.

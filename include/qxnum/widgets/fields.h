@@ -53,6 +53,8 @@ QXNUM_WIDGETS_EXPORT QString JoinCaptions(const QStringList& Captions);
 class QXNUM_WIDGETS_EXPORT TStringFld : public QLineEdit, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QString Text READ Text WRITE SetText)
 
 public:
     explicit TStringFld(QWidget* Parent = nullptr);
@@ -85,6 +87,9 @@ protected:
 class QXNUM_WIDGETS_EXPORT TMemoFld : public QPlainTextEdit, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QString Text READ Text WRITE SetText)
+    Q_PROPERTY(QStringList Lines READ Lines WRITE SetLines)
 
 public:
     explicit TMemoFld(QWidget* Parent = nullptr);
@@ -141,10 +146,16 @@ private:
     TBoolFieldPrivate* Priv() const;
 };
 
-// A check box; its value is Checked (a partially checked tri-state box is not Checked).
+// A check box; its value is Checked (a partially checked tri-state box is not Checked). State
+// gives all three states; AllowGrayed is Qt's tristate, and setting cbGrayed turns it on (a
+// QCheckBox holds a partial check only while it is tristate).
 class QXNUM_WIDGETS_EXPORT TCheckFld : public QCheckBox, public TBoolField {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(bool Checked READ Checked WRITE SetChecked)
+    Q_PROPERTY(bool AllowGrayed READ AllowGrayed WRITE SetAllowGrayed)
+    Q_PROPERTY(qxnum::TCheckBoxState State READ State WRITE SetState)
 
 public:
     explicit TCheckFld(QWidget* Parent = nullptr);
@@ -152,6 +163,10 @@ public:
 
     bool Checked() const { return checkState() == Qt::Checked; }
     void SetChecked(bool AValue) { setCheckState(AValue ? Qt::Checked : Qt::Unchecked); }
+    bool AllowGrayed() const { return isTristate(); }
+    void SetAllowGrayed(bool AValue) { setTristate(AValue); }
+    TCheckBoxState State() const;
+    void SetState(TCheckBoxState AValue);
 
 protected:
     bool CurrentValue() override { return Checked(); }
@@ -164,6 +179,8 @@ protected:
 class QXNUM_WIDGETS_EXPORT TRadioBtnFld : public QRadioButton, public TBoolField {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(bool Checked READ Checked WRITE SetChecked)
 
 public:
     explicit TRadioBtnFld(QWidget* Parent = nullptr);
@@ -185,6 +202,11 @@ protected:
 class QXNUM_WIDGETS_EXPORT TRadioGrpFld : public QGroupBox, public TValueField<int> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QString Caption READ Caption WRITE SetCaption)
+    Q_PROPERTY(QStringList Items READ Items WRITE SetItems)
+    Q_PROPERTY(int ItemIndex READ ItemIndex WRITE SetItemIndex)
+    Q_PROPERTY(int Columns READ Columns WRITE SetColumns)
 
 public:
     explicit TRadioGrpFld(QWidget* Parent = nullptr);
@@ -246,6 +268,9 @@ private:
 class QXNUM_WIDGETS_EXPORT TCheckListBoxFld : public QListWidget, public TValueField<QList<TCheckBoxState>> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QStringList Items READ Items WRITE SetItems)
+    Q_PROPERTY(bool AllowGrayed READ AllowGrayed WRITE SetAllowGrayed)
 
 public:
     explicit TCheckListBoxFld(QWidget* Parent = nullptr);
@@ -308,6 +333,11 @@ private:
 class QXNUM_WIDGETS_EXPORT TComboBoxFld : public QComboBox, public TFieldBase {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(qxnum::TComboBoxStyle Style READ Style WRITE SetStyle)
+    Q_PROPERTY(QStringList Items READ Items WRITE SetItems)
+    Q_PROPERTY(int ItemIndex READ ItemIndex WRITE SetItemIndex)
+    Q_PROPERTY(QString Text READ Text WRITE SetText)
 
 public:
     explicit TComboBoxFld(QWidget* Parent = nullptr);
@@ -376,6 +406,8 @@ private:
 class QXNUM_WIDGETS_EXPORT TDateTimePickerFld : public QDateTimeEdit, public TValueField<QDateTime> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QDateTime DateTime READ DateTime WRITE SetDateTime)
 
 public:
     explicit TDateTimePickerFld(QWidget* Parent = nullptr);

@@ -36,6 +36,7 @@ namespace qxnum {
 class QXNUM_WIDGETS_EXPORT TNumFld : public TCustomNumInp, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
 
 public:
     explicit TNumFld(QWidget* Parent = nullptr);
