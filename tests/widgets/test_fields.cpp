@@ -8,6 +8,8 @@
 #include <QRandomGenerator>
 #include <gtest/gtest.h>
 
+#include "throwmsg.h"
+
 QT_BEGIN_NAMESPACE
 // Readable failure messages.
 inline void PrintTo(const QString& S, std::ostream* Os) {
@@ -562,8 +564,8 @@ TEST_P(FieldContract, TruncatedRecordsRaiseAndChangeNothing) {
     const QString Before = K().Snapshot(Dst);
     for (qsizetype N = 0; N < Bytes.size(); ++N) {
         SCOPED_TRACE(N);
-        EXPECT_THROW(ReadRecord(Base(Dst), Bytes.left(N)), EReadError);
-        EXPECT_THROW(ReadRecord(Base(Dst), Bytes.left(N), true), EReadError);
+        EXPECT_THROW_MSG(ReadRecord(Base(Dst), Bytes.left(N)), EReadError, "Stream read error");
+        EXPECT_THROW_MSG(ReadRecord(Base(Dst), Bytes.left(N), true), EReadError, "Stream read error");
         EXPECT_EQ(K().Snapshot(Dst), Before);
         EXPECT_TRUE(Base(Dst)->FieldVisible());
     }
