@@ -1,5 +1,6 @@
 #include "fieldbase_p.h"
 
+#include <QCoreApplication>
 #include <QPalette>
 
 #include <optional>
@@ -207,7 +208,7 @@ void TFieldBase::AssignXmlWriteValueChanged(TXmlNodeEvent AnXmlNodeEvent) {
 }
 
 QString TFieldBase::NoValueText() {
-    return QStringLiteral("<no value>");
+    return QCoreApplication::translate("qxnum::TFieldBase", "<no value>");
 }
 
 void TFieldBase::DoAfterRead() {
@@ -225,7 +226,9 @@ bool TFieldBase::ReadXmlBool(TXmlNode Node, const QString& Name, bool& Value) co
     if (!Child) return false;
     const QString Text = Child.ValueAsString();
     if (!XmlTryStrToBool(Text, Value))
-        XmlConvertError(Name, QStringLiteral("'%1' is not a valid boolean value").arg(Text));
+        XmlConvertError(
+            Name,
+            QCoreApplication::translate("qxnum::TFieldBase", "'%1' is not a valid boolean value").arg(Text));
     return true;
 }
 
@@ -234,7 +237,9 @@ bool TFieldBase::ReadXmlInteger(TXmlNode Node, const QString& Name, int& Value) 
     if (!Child) return false;
     const QString Text = Child.ValueAsString();
     if (!XmlTryStrToInt(Text, Value))
-        XmlConvertError(Name, QStringLiteral("'%1' is not a valid integer value").arg(Text));
+        XmlConvertError(
+            Name,
+            QCoreApplication::translate("qxnum::TFieldBase", "'%1' is not a valid integer value").arg(Text));
     return true;
 }
 
@@ -246,14 +251,15 @@ bool TFieldBase::ReadXmlString(TXmlNode Node, const QString& Name, QString& Valu
 }
 
 void TFieldBase::XmlConvertError(const QString& Element, const QString& Reason) const {
-    throw EConvertError(
-        QStringLiteral("Field \"%1\", element \"%2\": %3").arg(GetIDstring(), Element, Reason));
+    throw EConvertError(QCoreApplication::translate("qxnum::TFieldBase", "Field \"%1\", element \"%2\": %3")
+                            .arg(GetIDstring(), Element, Reason));
 }
 
 void TFieldBase::StreamValueError(const TReader& Reader, const QString& Reason) const {
-    throw EReadError(
-        QStringLiteral("Field \"%1\": %2 at offset %3").arg(GetIDstring(), Reason).arg(Reader.Position()),
-        Reader.Position());
+    throw EReadError(QCoreApplication::translate("qxnum::TFieldBase", "Field \"%1\": %2 at offset %3")
+                         .arg(GetIDstring(), Reason)
+                         .arg(Reader.Position()),
+                     Reader.Position());
 }
 
 void TFieldBase::AssignError(const QObject* Source) const {
@@ -263,8 +269,8 @@ void TFieldBase::AssignError(const QObject* Source) const {
         const QString Name = QString::fromLatin1(O->metaObject()->className());
         return Name.mid(Name.lastIndexOf(QLatin1Char(':')) + 1);
     };
-    throw EConvertError(
-        QStringLiteral("Cannot assign a %1 to a %2").arg(ShortName(Source), ShortName(d->FControl)));
+    throw EConvertError(QCoreApplication::translate("qxnum::TFieldBase", "Cannot assign a %1 to a %2")
+                            .arg(ShortName(Source), ShortName(d->FControl)));
 }
 
 } // namespace qxnum

@@ -5,6 +5,7 @@
 #include <qxnum/widgets/fields.h>
 
 #include <QButtonGroup>
+#include <QCoreApplication>
 #include <QGridLayout>
 
 #include <algorithm>
@@ -27,7 +28,8 @@ const TClassRegistrar RadioGrpFldRegistrar("TRadioGrpFld", [](QObject* Owner) ->
 });
 
 QString CheckedText(bool Checked) {
-    return Checked ? QStringLiteral("checked") : QStringLiteral("unchecked");
+    return Checked ? QCoreApplication::translate("qxnum::TBoolField", "checked")
+                   : QCoreApplication::translate("qxnum::TBoolField", "unchecked");
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fields.h>
 
+#include <QCoreApplication>
 #include <QHash>
 
 namespace qxnum {
@@ -187,7 +188,9 @@ void TCheckListBoxFld::WriteStreamValue(TWriter& Writer) {
 
 TFieldBase::TApplyValue TCheckListBoxFld::ReadStreamValue(TReader& Reader) {
     const int N = Reader.ReadInteger();
-    if (N < 0) StreamValueError(Reader, QStringLiteral("negative item count %1").arg(N));
+    if (N < 0)
+        StreamValueError(
+            Reader, QCoreApplication::translate("qxnum::TCheckListBoxFld", "negative item count %1").arg(N));
     QList<TCheckBoxState> L;
     // Every state is read, also those beyond the current items, so the reader ends after the
     // record; each takes two bytes, so a lying count ends at the end of the stream.
@@ -195,7 +198,9 @@ TFieldBase::TApplyValue TCheckListBoxFld::ReadStreamValue(TReader& Reader) {
         const int S = Reader.ReadInteger();
         if (I >= count()) continue;
         if (S < cbUnchecked || S > cbGrayed)
-            StreamValueError(Reader, QStringLiteral("invalid check state %1").arg(S));
+            StreamValueError(
+                Reader,
+                QCoreApplication::translate("qxnum::TCheckListBoxFld", "invalid check state %1").arg(S));
         L.append(static_cast<TCheckBoxState>(S));
     }
     return [this, L] { SetStates(L); };
@@ -225,8 +230,10 @@ TFieldBase::TApplyValue TCheckListBoxFld::ReadXmlValue(TXmlNode Node) {
         if (It == Map.cend()) continue;
         const int S = StateOf(*It);
         if (S < 0)
-            XmlConvertError(ItemsElement, QStringLiteral("'%1' is not a valid check box state (item \"%2\")")
-                                              .arg(It->ValueAsString(), item(I)->text()));
+            XmlConvertError(ItemsElement,
+                            QCoreApplication::translate("qxnum::TCheckListBoxFld",
+                                                        "'%1' is not a valid check box state (item \"%2\")")
+                                .arg(It->ValueAsString(), item(I)->text()));
         Found.append({I, static_cast<TCheckBoxState>(S)});
     }
     return [this, Found] {

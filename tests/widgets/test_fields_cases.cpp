@@ -6,6 +6,7 @@
 #include <QBuffer>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTranslator>
 #include <gtest/gtest.h>
 
 #include "throwmsg.h"
@@ -113,6 +114,23 @@ TEST_F(Fields, StreamRecordsHaveTheClassicLayout) {
         EXPECT_EQ(ReadRecord(*G, Bytes), Bytes.size());
         EXPECT_EQ(WriteRecord(*G).toHex(), Bytes.toHex());
     }
+}
+
+// Texts go through Qt's translation under their English source text.
+TEST_F(Fields, TextsAreTranslatable) {
+    struct TShout : QTranslator {
+        TShout() { QCoreApplication::installTranslator(this); }
+        ~TShout() override { QCoreApplication::removeTranslator(this); }
+        bool isEmpty() const override { return false; }
+        QString translate(const char* Context, const char* Source, const char*, int) const override {
+            return QByteArrayView(Context).startsWith("qxnum::") ? QString::fromUtf8(Source).toUpper()
+                                                                 : QString();
+        }
+    } Shout;
+    auto* F = new TCheckFld(&Window);
+    EXPECT_EQ(F->GetValueText(), QStringLiteral("UNCHECKED"));
+    EXPECT_EQ(F->GetXMLValueText(Node), QStringLiteral("<NO VALUE>"));
+    EXPECT_THROW_MSG(ReadRecord(*new TMemoFld(&Window), Hex("02FE")), EReadError, "NEGATIVE LINE COUNT -2");
 }
 
 // --- Combo box ----------------------------------------------------------------------------------
