@@ -9,41 +9,18 @@
 #include <QTranslator>
 #include <gtest/gtest.h>
 
+#include "fieldtest.h"
 #include "throwmsg.h"
 
-QT_BEGIN_NAMESPACE
-inline void PrintTo(const QString& S, std::ostream* Os) {
-    *Os << '"' << S.toStdString() << '"';
-}
-QT_END_NAMESPACE
-
 using namespace qxnum;
+using qxnum::test::ReadRecord;
+using qxnum::test::WriteRecord;
 
 namespace {
 
 // Hex text to bytes; blanks and "|" only group the items for the reader.
 QByteArray Hex(const char* Text) {
     return QByteArray::fromHex(Text);
-}
-
-QByteArray WriteRecord(INumFld& F) {
-    QBuffer B;
-    B.open(QIODevice::WriteOnly);
-    {
-        TWriter W(&B);
-        F.WritetoStream(W);
-    }
-    return B.data();
-}
-
-// Reads one record and returns the reader's position afterwards.
-qint64 ReadRecord(INumFld& F, const QByteArray& Bytes) {
-    QBuffer B;
-    B.setData(Bytes);
-    B.open(QIODevice::ReadOnly);
-    TReader R(&B);
-    F.ReadfromStream(R);
-    return R.Position();
 }
 
 class Fields : public ::testing::Test {
@@ -292,19 +269,10 @@ TEST_F(ComboBox, ValueTextAndSavedValues) {
     C->SetText(QStringLiteral("custom"));
     EXPECT_EQ(C->GetValueText(), QStringLiteral("two"));
     EXPECT_EQ(C->GetVariantValue().toString(), QStringLiteral("custom"));
-    // The form-create value keeps index and text, the copy only the index.
-    C->SetFormCreateVal();
+    // The copy value is the index alone (the round trips cover restoring both values).
     C->SetCopyValue();
     C->SetText(QStringLiteral("other text"));
     EXPECT_FALSE(C->HasChanged());
-    C->SetItemIndex(2);
-    EXPECT_TRUE(C->HasChanged());
-    C->RestoreCopyValue();
-    EXPECT_EQ(C->ItemIndex(), 1);
-    C->SetItemIndex(0);
-    C->ResetToFormCreateVal();
-    EXPECT_EQ(C->ItemIndex(), 1);
-    EXPECT_EQ(C->Text(), QStringLiteral("custom"));
 
     C->SetItemIndex(-1);
     C->SetText(QStringLiteral("free"));
@@ -430,19 +398,13 @@ TEST_F(Fields, MemoValueTextShowsAtMost120Characters) {
     EXPECT_EQ(M->GetValueText(), QString(119, QLatin1Char('m')) + QStringLiteral("..."));
 }
 
-TEST_F(Fields, MemoLinesAndLongTextsRoundTrip) {
+TEST_F(Fields, MemoLinesAndLongTexts) {
     auto* M = new TMemoFld(&Window);
     M->SetText(QStringLiteral("a\n\nb\u00a0c\n"));
     EXPECT_EQ(M->Lines(), (QStringList{"a", "", QStringLiteral("b\u00a0c"), ""}));
-    auto* N = new TMemoFld(&Window);
-    N->SetLines({"x"});
-    N->SetStreamReadVisibleandEnabled(true);
-    const QByteArray Bytes = WriteRecord(*M) + Hex("08");
-    EXPECT_EQ(ReadRecord(*N, Bytes), Bytes.size() - 1);
-    EXPECT_EQ(N->Text(), M->Text());
-    EXPECT_THROW_MSG(ReadRecord(*N, Hex("02FE")), EReadError, "negative line count -2");
-    EXPECT_EQ(N->Text(), M->Text());
+    EXPECT_THROW_MSG(ReadRecord(*M, Hex("02FE")), EReadError, "negative line count -2");
 
+    // Longer than QLineEdit's default limit.
     auto* S = new TStringFld(&Window);
     S->SetText(QString(40000, QLatin1Char('L')));
     auto* T = new TStringFld(&Window);
@@ -463,8 +425,6 @@ TEST_F(Fields, CheckAndRadioButtonValues) {
     B->ReadFromXML(Node);
     EXPECT_TRUE(B->Checked());
     EXPECT_FALSE(A->Checked()) << "siblings still exclude each other";
-    EXPECT_EQ(B->GetXMLValueText(Node), QStringLiteral("checked"));
-    EXPECT_EQ(A->GetValueText(), QStringLiteral("unchecked"));
 
     // A check box's value is "checked" only.
     auto* F = new TCheckFld(&Window);
