@@ -1,5 +1,6 @@
-#include <qxnum/widgets/fieldbase.h>
+#include "fieldbase_p.h"
 
+#include <QCoreApplication>
 #include <QPalette>
 
 #include <optional>
@@ -13,24 +14,106 @@ const QString EnabledElement = QStringLiteral("Enabled");
 
 } // namespace
 
-TFieldBase::TFieldBase(QWidget* Control) : FControl(Control) {}
+TFieldBasePrivate::~TFieldBasePrivate() = default;
+
+TFieldBase::TFieldBase(QWidget* Control) : TFieldBase(Control, new TFieldBasePrivate) {}
+
+TFieldBase::TFieldBase(QWidget* Control, TFieldBasePrivate* D) : d(D) {
+    d->FControl = Control;
+}
 
 TFieldBase::~TFieldBase() = default;
 
+QWidget* TFieldBase::FieldControl() const {
+    return d->FControl;
+}
+
+int TFieldBase::TagXML() const {
+    return d->FTagXML;
+}
+
+void TFieldBase::SetTagXML(int AValue) {
+    d->FTagXML = AValue;
+}
+
+int TFieldBase::Tag() const {
+    return d->FTag;
+}
+
+void TFieldBase::SetTag(int AValue) {
+    d->FTag = AValue;
+}
+
+QString TFieldBase::CustomIDstring() const {
+    return d->FCustomIDstring;
+}
+
+void TFieldBase::SetCustomIDstring(const QString& AValue) {
+    d->FCustomIDstring = AValue;
+}
+
+bool TFieldBase::EnforceXMLchanged() const {
+    return d->FEnforceXMLchanged;
+}
+
+void TFieldBase::SetEnforceXMLchanged(bool AValue) {
+    d->FEnforceXMLchanged = AValue;
+}
+
+bool TFieldBase::StreamReadVisibleandEnabled() const {
+    return d->FStreamReadVisibleandEnabled;
+}
+
+void TFieldBase::SetStreamReadVisibleandEnabled(bool AValue) {
+    d->FStreamReadVisibleandEnabled = AValue;
+}
+
+TNotifyEvent TFieldBase::OnAfterRead() const {
+    return d->FOnAfterRead;
+}
+
+void TFieldBase::SetOnAfterRead(TNotifyEvent AEvent) {
+    d->FOnAfterRead = std::move(AEvent);
+}
+
+TXmlNodeEvent TFieldBase::OnAfterXMLWrite() const {
+    return d->FOnAfterXMLWrite;
+}
+
+void TFieldBase::SetOnAfterXMLWrite(TXmlNodeEvent AEvent) {
+    d->FOnAfterXMLWrite = std::move(AEvent);
+}
+
+TXmlNodeEvent TFieldBase::OnXmlWriteValueChanged() const {
+    return d->FOnXmlWriteValueChanged;
+}
+
+void TFieldBase::SetOnXmlWriteValueChanged(TXmlNodeEvent AEvent) {
+    d->FOnXmlWriteValueChanged = std::move(AEvent);
+}
+
+bool TFieldBase::GetNoSaveWrite() const {
+    return d->FNoSaveWrite;
+}
+
+void TFieldBase::SetNoSaveWrite(bool Value) {
+    d->FNoSaveWrite = Value;
+}
+
 bool TFieldBase::FieldVisible() const {
-    return !FControl->isHidden();
+    return !d->FControl->isHidden();
 }
 
 void TFieldBase::SetFieldVisible(bool AValue) {
-    FControl->setVisible(AValue);
+    d->FControl->setVisible(AValue);
 }
 
 bool TFieldBase::FieldEnabled() const {
-    return !FControl->testAttribute(Qt::WA_ForceDisabled);
+    return !d->FControl->testAttribute(Qt::WA_ForceDisabled);
 }
 
 void TFieldBase::SetFieldEnabled(bool AValue) {
-    FControl->setEnabled(AValue);
+    d->FControl->setEnabled(AValue);
 }
 
 void TFieldBase::OkChanges() {
@@ -38,15 +121,15 @@ void TFieldBase::OkChanges() {
 }
 
 QColor TFieldBase::FontColor() const {
-    return FControl->palette().color(FControl->foregroundRole());
+    return d->FControl->palette().color(d->FControl->foregroundRole());
 }
 
 void TFieldBase::SetFontColor(const QColor& aColor) {
-    QPalette P = FControl->palette();
+    QPalette P = d->FControl->palette();
     for (const QPalette::ColorRole Role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
         for (const QPalette::ColorGroup Group : {QPalette::Active, QPalette::Inactive})
             P.setColor(Group, Role, aColor);
-    FControl->setPalette(P);
+    d->FControl->setPalette(P);
 }
 
 void TFieldBase::ReadfromStream(TReader& Reader) {
@@ -60,7 +143,7 @@ void TFieldBase::ReadfromStream(TReader& Reader) {
         Enabled = Reader.ReadBoolean();
     }
     if (Apply) Apply();
-    if (HasPair && FStreamReadVisibleandEnabled) {
+    if (HasPair && d->FStreamReadVisibleandEnabled) {
         SetFieldVisible(Visible);
         SetFieldEnabled(Enabled);
     }
@@ -85,22 +168,22 @@ void TFieldBase::WritetoStream(TWriter& Writer) {
 }
 
 void TFieldBase::WriteToXML(TXmlNode ParentXmlNode) {
-    if (FOnXmlWriteValueChanged && (FEnforceXMLchanged || XmlValueChanged(ParentXmlNode)))
-        FOnXmlWriteValueChanged(FControl, ParentXmlNode);
+    if (d->FOnXmlWriteValueChanged && (d->FEnforceXMLchanged || XmlValueChanged(ParentXmlNode)))
+        d->FOnXmlWriteValueChanged(d->FControl, ParentXmlNode);
     WriteXmlValue(ParentXmlNode);
-    if (FStreamReadVisibleandEnabled) {
+    if (d->FStreamReadVisibleandEnabled) {
         ParentXmlNode.WriteBool(VisibleElement, FieldVisible());
         ParentXmlNode.WriteBool(EnabledElement, FieldEnabled());
     }
-    FEnforceXMLchanged = false;
-    if (FOnAfterXMLWrite) FOnAfterXMLWrite(FControl, ParentXmlNode);
+    d->FEnforceXMLchanged = false;
+    if (d->FOnAfterXMLWrite) d->FOnAfterXMLWrite(d->FControl, ParentXmlNode);
 }
 
 void TFieldBase::ReadFromXML(TXmlNode ParentXmlNode) {
     ChangedAfterOK = false;
     std::optional<bool> Visible;
     std::optional<bool> Enabled;
-    if (FStreamReadVisibleandEnabled) {
+    if (d->FStreamReadVisibleandEnabled) {
         bool B = false;
         if (ReadXmlBool(ParentXmlNode, VisibleElement, B)) Visible = B;
         if (ReadXmlBool(ParentXmlNode, EnabledElement, B)) Enabled = B;
@@ -113,7 +196,7 @@ void TFieldBase::ReadFromXML(TXmlNode ParentXmlNode) {
 }
 
 QString TFieldBase::GetIDstring() const {
-    return FCustomIDstring.isEmpty() ? FControl->objectName() : FCustomIDstring;
+    return d->FCustomIDstring.isEmpty() ? d->FControl->objectName() : d->FCustomIDstring;
 }
 
 bool TFieldBase::GetReadOnly() const {
@@ -121,15 +204,15 @@ bool TFieldBase::GetReadOnly() const {
 }
 
 void TFieldBase::AssignXmlWriteValueChanged(TXmlNodeEvent AnXmlNodeEvent) {
-    FOnXmlWriteValueChanged = std::move(AnXmlNodeEvent);
+    d->FOnXmlWriteValueChanged = std::move(AnXmlNodeEvent);
 }
 
 QString TFieldBase::NoValueText() {
-    return QStringLiteral("<no value>");
+    return QCoreApplication::translate("qxnum::TFieldBase", "<no value>");
 }
 
 void TFieldBase::DoAfterRead() {
-    if (FOnAfterRead) FOnAfterRead(FControl);
+    if (d->FOnAfterRead) d->FOnAfterRead(d->FControl);
 }
 
 bool TFieldBase::XmlChildChanged(TXmlNode Node, const QString& Name,
@@ -143,7 +226,9 @@ bool TFieldBase::ReadXmlBool(TXmlNode Node, const QString& Name, bool& Value) co
     if (!Child) return false;
     const QString Text = Child.ValueAsString();
     if (!XmlTryStrToBool(Text, Value))
-        XmlConvertError(Name, QStringLiteral("'%1' is not a valid boolean value").arg(Text));
+        XmlConvertError(
+            Name,
+            QCoreApplication::translate("qxnum::TFieldBase", "'%1' is not a valid boolean value").arg(Text));
     return true;
 }
 
@@ -152,7 +237,9 @@ bool TFieldBase::ReadXmlInteger(TXmlNode Node, const QString& Name, int& Value) 
     if (!Child) return false;
     const QString Text = Child.ValueAsString();
     if (!XmlTryStrToInt(Text, Value))
-        XmlConvertError(Name, QStringLiteral("'%1' is not a valid integer value").arg(Text));
+        XmlConvertError(
+            Name,
+            QCoreApplication::translate("qxnum::TFieldBase", "'%1' is not a valid integer value").arg(Text));
     return true;
 }
 
@@ -164,14 +251,15 @@ bool TFieldBase::ReadXmlString(TXmlNode Node, const QString& Name, QString& Valu
 }
 
 void TFieldBase::XmlConvertError(const QString& Element, const QString& Reason) const {
-    throw EConvertError(
-        QStringLiteral("Field \"%1\", element \"%2\": %3").arg(GetIDstring(), Element, Reason));
+    throw EConvertError(QCoreApplication::translate("qxnum::TFieldBase", "Field \"%1\", element \"%2\": %3")
+                            .arg(GetIDstring(), Element, Reason));
 }
 
 void TFieldBase::StreamValueError(const TReader& Reader, const QString& Reason) const {
-    throw EReadError(
-        QStringLiteral("Field \"%1\": %2 at offset %3").arg(GetIDstring(), Reason).arg(Reader.Position()),
-        Reader.Position());
+    throw EReadError(QCoreApplication::translate("qxnum::TFieldBase", "Field \"%1\": %2 at offset %3")
+                         .arg(GetIDstring(), Reason)
+                         .arg(Reader.Position()),
+                     Reader.Position());
 }
 
 void TFieldBase::AssignError(const QObject* Source) const {
@@ -181,8 +269,8 @@ void TFieldBase::AssignError(const QObject* Source) const {
         const QString Name = QString::fromLatin1(O->metaObject()->className());
         return Name.mid(Name.lastIndexOf(QLatin1Char(':')) + 1);
     };
-    throw EConvertError(
-        QStringLiteral("Cannot assign a %1 to a %2").arg(ShortName(Source), ShortName(FControl)));
+    throw EConvertError(QCoreApplication::translate("qxnum::TFieldBase", "Cannot assign a %1 to a %2")
+                            .arg(ShortName(Source), ShortName(d->FControl)));
 }
 
 } // namespace qxnum

@@ -1,4 +1,6 @@
 // TComboBoxFld: the combo-box field, with its saved text and the older stream layout.
+#include "fieldbase_p.h"
+
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fields.h>
 
@@ -30,7 +32,17 @@ int StoredIndex(const QComboBox& Box) {
 
 } // namespace
 
-TComboBoxFld::TComboBoxFld(QWidget* Parent) : QComboBox(Parent), TFieldBase(this) {
+class TComboBoxFldPrivate : public TFieldBasePrivate {
+public:
+    TComboBoxStyle FStyle = csDropDown;
+    QString FSavedText;
+    int FCopyVal = -1;
+    int FFormCreateItemIndex = -1;
+    QString FFormCreateText;
+    TNotifyEvent FOnChange;
+};
+
+TComboBoxFld::TComboBoxFld(QWidget* Parent) : QComboBox(Parent), TFieldBase(this, new TComboBoxFldPrivate) {
     setEditable(true);
     // A typed text is the field's text, not a new item.
     setInsertPolicy(QComboBox::NoInsert);
@@ -40,14 +52,50 @@ TComboBoxFld::TComboBoxFld(QWidget* Parent) : QComboBox(Parent), TFieldBase(this
 
 TComboBoxFld::~TComboBoxFld() = default;
 
+TComboBoxFldPrivate* TComboBoxFld::Priv() const {
+    return static_cast<TComboBoxFldPrivate*>(FieldPrivate());
+}
+
+TComboBoxStyle TComboBoxFld::Style() const {
+    return Priv()->FStyle;
+}
+
+QString TComboBoxFld::SavedText() const {
+    return Priv()->FSavedText;
+}
+
+void TComboBoxFld::SetSavedText(const QString& AValue) {
+    Priv()->FSavedText = AValue;
+}
+
+TNotifyEvent TComboBoxFld::OnChange() const {
+    return Priv()->FOnChange;
+}
+
+void TComboBoxFld::SetOnChange(TNotifyEvent AEvent) {
+    Priv()->FOnChange = std::move(AEvent);
+}
+
+bool TComboBoxFld::HasChanged() {
+    return currentIndex() != Priv()->FCopyVal;
+}
+
+void TComboBoxFld::SetCopyValue() {
+    Priv()->FCopyVal = currentIndex();
+}
+
+void TComboBoxFld::RestoreCopyValue() {
+    SetItemIndex(Priv()->FCopyVal);
+}
+
 void TComboBoxFld::ConnectEdit() {
     if (QLineEdit* E = lineEdit())
         connect(E, &QLineEdit::textEdited, this, [this](const QString&) { Change(); });
 }
 
 void TComboBoxFld::SetStyle(TComboBoxStyle AValue) {
-    if (AValue == FStyle) return;
-    FStyle = AValue;
+    if (AValue == Priv()->FStyle) return;
+    Priv()->FStyle = AValue;
     const bool WasEditable = isEditable();
     const bool Editable = AValue != csDropDownList;
     setEditable(Editable);
@@ -77,7 +125,7 @@ void TComboBoxFld::SetItemIndex(int AValue) {
 }
 
 void TComboBoxFld::SetText(const QString& AValue) {
-    if (FStyle == csDropDownList)
+    if (Priv()->FStyle == csDropDownList)
         setCurrentIndex(findText(AValue));
     else
         setEditText(AValue);
@@ -85,13 +133,13 @@ void TComboBoxFld::SetText(const QString& AValue) {
 
 void TComboBoxFld::RevertToSavedText() {
     // The index first: selecting an item rewrites the edit text.
-    setCurrentIndex(findText(FSavedText));
-    if (FStyle != csDropDownList) setEditText(FSavedText);
+    setCurrentIndex(findText(Priv()->FSavedText));
+    if (Priv()->FStyle != csDropDownList) setEditText(Priv()->FSavedText);
 }
 
 void TComboBoxFld::Change() {
-    FSavedText = currentText();
-    if (FOnChange) FOnChange(this);
+    Priv()->FSavedText = currentText();
+    if (Priv()->FOnChange) Priv()->FOnChange(this);
     Q_EMIT changed();
 }
 
@@ -99,17 +147,17 @@ void TComboBoxFld::Assign(QObject* Source) {
     const auto* S = qobject_cast<TComboBoxFld*>(Source);
     if (!S) AssignError(Source);
     SetItemIndex(S->ItemIndex());
-    if (FStyle != csDropDownList) setEditText(S->Text());
+    if (Priv()->FStyle != csDropDownList) setEditText(S->Text());
 }
 
 void TComboBoxFld::SetFormCreateVal() {
-    FFormCreateItemIndex = currentIndex();
-    FFormCreateText = currentText();
+    Priv()->FFormCreateItemIndex = currentIndex();
+    Priv()->FFormCreateText = currentText();
 }
 
 void TComboBoxFld::ResetToFormCreateVal() {
-    SetItemIndex(FFormCreateItemIndex);
-    if (FStyle != csDropDownList) setEditText(FFormCreateText);
+    SetItemIndex(Priv()->FFormCreateItemIndex);
+    if (Priv()->FStyle != csDropDownList) setEditText(Priv()->FFormCreateText);
 }
 
 bool TComboBoxFld::XmlValueChanged(TXmlNode ParentXmlNode) {
@@ -118,7 +166,7 @@ bool TComboBoxFld::XmlValueChanged(TXmlNode ParentXmlNode) {
         return !XmlTryStrToInt(C.ValueAsString(), I) || I != StoredIndex(*this);
     });
     // A drop-down list has no text of its own: the index says everything.
-    if (!Changed && FStyle != csDropDownList)
+    if (!Changed && Priv()->FStyle != csDropDownList)
         Changed = XmlChildChanged(ParentXmlNode, TextElement,
                                   [this](TXmlNode C) { return C.ValueAsString() != currentText(); });
     return Changed;
@@ -139,12 +187,12 @@ void TComboBoxFld::ApplyRead(std::optional<int> Index, const std::optional<QStri
     const QString T0 = currentText();
     if (Index) SetItemIndex(*Index);
     if (NewText) {
-        if (FStyle != csDropDownList || !Index) SetText(*NewText);
-        FSavedText = *NewText;
+        if (Priv()->FStyle != csDropDownList || !Index) SetText(*NewText);
+        Priv()->FSavedText = *NewText;
     } else if (Index) {
         // Selecting the item rewrote the edit text; the box keeps the text it had.
-        if (FStyle != csDropDownList) setEditText(T0);
-        if (SaveEmptyText || !T0.isEmpty()) FSavedText = T0;
+        if (Priv()->FStyle != csDropDownList) setEditText(T0);
+        if (SaveEmptyText || !T0.isEmpty()) Priv()->FSavedText = T0;
     }
 }
 

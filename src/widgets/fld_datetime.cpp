@@ -3,6 +3,8 @@
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fields.h>
 
+#include <QCoreApplication>
+
 namespace qxnum {
 
 namespace {
@@ -19,8 +21,8 @@ TDateTimePickerFld::TDateTimePickerFld(QWidget* Parent) : QDateTimeEdit(Parent),
     // QDateTimeEdit's default range starts in 1752; files may name any year from 100 on.
     setDateTimeRange(QDateTime(QDate(100, 1, 1), QTime(0, 0)),
                      QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59, 999)));
-    FCopyVal = dateTime();
-    FFormCreateVal = FCopyVal;
+    SetCopyValue();
+    SetFormCreateVal();
 }
 
 TDateTimePickerFld::~TDateTimePickerFld() = default;
@@ -76,7 +78,10 @@ void TDateTimePickerFld::WriteStreamValue(TWriter& Writer) {
 TFieldBase::TApplyValue TDateTimePickerFld::ReadStreamValue(TReader& Reader) {
     const double Days = Reader.ReadDouble();
     const QDateTime V = FileDateToDateTime(Days);
-    if (!InRange(V)) StreamValueError(Reader, QStringLiteral("date-time value %1 out of range").arg(Days));
+    if (!InRange(V))
+        StreamValueError(Reader, QCoreApplication::translate("qxnum::TDateTimePickerFld",
+                                                             "date-time value %1 out of range")
+                                     .arg(Days));
     return [this, V] { setDateTime(V); };
 }
 
@@ -89,8 +94,13 @@ TFieldBase::TApplyValue TDateTimePickerFld::ReadXmlValue(TXmlNode Node) {
     if (!ReadXmlString(Node, ValueElement, S)) return {};
     QDateTime V;
     if (!XmlTryStrToDateTime(S, V))
-        XmlConvertError(ValueElement, QStringLiteral("'%1' is not a valid date and time").arg(S));
-    if (!InRange(V)) XmlConvertError(ValueElement, QStringLiteral("'%1' is out of range").arg(S));
+        XmlConvertError(ValueElement, QCoreApplication::translate("qxnum::TDateTimePickerFld",
+                                                                  "'%1' is not a valid date and time")
+                                          .arg(S));
+    if (!InRange(V))
+        XmlConvertError(
+            ValueElement,
+            QCoreApplication::translate("qxnum::TDateTimePickerFld", "'%1' is out of range").arg(S));
     return [this, V] { setDateTime(V); };
 }
 

@@ -1,7 +1,10 @@
 // TCheckListBoxFld: the check-list field, tolerant of an item list that changed since writing.
+#include "fieldbase_p.h"
+
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fields.h>
 
+#include <QCoreApplication>
 #include <QHash>
 
 namespace qxnum {
@@ -16,28 +19,6 @@ constexpr qsizetype ShownChars = 120;
 const TClassRegistrar CheckListBoxFldRegistrar("TCheckListBoxFld", [](QObject* Owner) -> QObject* {
     return new TCheckListBoxFld(qobject_cast<QWidget*>(Owner));
 });
-
-Qt::CheckState ToQt(TCheckBoxState S) {
-    switch (S) {
-    case cbChecked:
-        return Qt::Checked;
-    case cbGrayed:
-        return Qt::PartiallyChecked;
-    default:
-        return Qt::Unchecked;
-    }
-}
-
-TCheckBoxState FromQt(Qt::CheckState S) {
-    switch (S) {
-    case Qt::Checked:
-        return cbChecked;
-    case Qt::PartiallyChecked:
-        return cbGrayed;
-    default:
-        return cbUnchecked;
-    }
-}
 
 // The stored entries of "Items" by caption; the first entry of a caption wins. Entries without a
 // "Caption" attribute belong to no item.
@@ -74,7 +55,13 @@ QString JoinCaptions(const QStringList& Captions) {
     return R;
 }
 
-TCheckListBoxFld::TCheckListBoxFld(QWidget* Parent) : QListWidget(Parent), TValueField(this) {
+class TCheckListBoxFldPrivate : public TFieldBasePrivate {
+public:
+    bool FAllowGrayed = false;
+};
+
+TCheckListBoxFld::TCheckListBoxFld(QWidget* Parent)
+    : QListWidget(Parent), TValueField(this, new TCheckListBoxFldPrivate) {
     // Items a host adds straight through QListWidget get their check box as well.
     connect(model(), &QAbstractItemModel::rowsInserted, this,
             [this](const QModelIndex&, int First, int Last) {
@@ -85,9 +72,17 @@ TCheckListBoxFld::TCheckListBoxFld(QWidget* Parent) : QListWidget(Parent), TValu
 
 TCheckListBoxFld::~TCheckListBoxFld() = default;
 
+TCheckListBoxFldPrivate* TCheckListBoxFld::Priv() const {
+    return static_cast<TCheckListBoxFldPrivate*>(FieldPrivate());
+}
+
+bool TCheckListBoxFld::AllowGrayed() const {
+    return Priv()->FAllowGrayed;
+}
+
 void TCheckListBoxFld::PrepareItem(QListWidgetItem* Item) const {
     Qt::ItemFlags F = Item->flags() | Qt::ItemIsUserCheckable;
-    F.setFlag(Qt::ItemIsUserTristate, FAllowGrayed);
+    F.setFlag(Qt::ItemIsUserTristate, Priv()->FAllowGrayed);
     if (F != Item->flags()) Item->setFlags(F);
     if (!Item->data(Qt::CheckStateRole).isValid()) Item->setCheckState(Qt::Unchecked);
 }
@@ -107,21 +102,21 @@ void TCheckListBoxFld::SetItems(const QStringList& AValue) {
 
 void TCheckListBoxFld::AddItem(const QString& Caption, TCheckBoxState AState) {
     addItem(Caption);
-    item(count() - 1)->setCheckState(ToQt(AState));
+    item(count() - 1)->setCheckState(CheckStateToQt(AState));
 }
 
 TCheckBoxState TCheckListBoxFld::State(int Index) const {
     const QListWidgetItem* It = item(Index);
-    return It ? FromQt(It->checkState()) : cbUnchecked;
+    return It ? CheckStateFromQt(It->checkState()) : cbUnchecked;
 }
 
 void TCheckListBoxFld::SetState(int Index, TCheckBoxState AValue) {
-    if (QListWidgetItem* It = item(Index)) It->setCheckState(ToQt(AValue));
+    if (QListWidgetItem* It = item(Index)) It->setCheckState(CheckStateToQt(AValue));
 }
 
 void TCheckListBoxFld::SetAllowGrayed(bool AValue) {
-    if (AValue == FAllowGrayed) return;
-    FAllowGrayed = AValue;
+    if (AValue == Priv()->FAllowGrayed) return;
+    Priv()->FAllowGrayed = AValue;
     for (int I = 0; I < count(); ++I)
         PrepareItem(item(I));
 }
@@ -130,14 +125,14 @@ QList<TCheckBoxState> TCheckListBoxFld::States() const {
     QList<TCheckBoxState> L;
     L.reserve(count());
     for (int I = 0; I < count(); ++I)
-        L.append(FromQt(item(I)->checkState()));
+        L.append(CheckStateFromQt(item(I)->checkState()));
     return L;
 }
 
 void TCheckListBoxFld::SetStates(const QList<TCheckBoxState>& AValue) {
     const int N = std::min(count(), static_cast<int>(AValue.size()));
     for (int I = 0; I < N; ++I)
-        item(I)->setCheckState(ToQt(AValue[I]));
+        item(I)->setCheckState(CheckStateToQt(AValue[I]));
 }
 
 void TCheckListBoxFld::Assign(QObject* Source) {
@@ -193,7 +188,9 @@ void TCheckListBoxFld::WriteStreamValue(TWriter& Writer) {
 
 TFieldBase::TApplyValue TCheckListBoxFld::ReadStreamValue(TReader& Reader) {
     const int N = Reader.ReadInteger();
-    if (N < 0) StreamValueError(Reader, QStringLiteral("negative item count %1").arg(N));
+    if (N < 0)
+        StreamValueError(
+            Reader, QCoreApplication::translate("qxnum::TCheckListBoxFld", "negative item count %1").arg(N));
     QList<TCheckBoxState> L;
     // Every state is read, also those beyond the current items, so the reader ends after the
     // record; each takes two bytes, so a lying count ends at the end of the stream.
@@ -201,7 +198,9 @@ TFieldBase::TApplyValue TCheckListBoxFld::ReadStreamValue(TReader& Reader) {
         const int S = Reader.ReadInteger();
         if (I >= count()) continue;
         if (S < cbUnchecked || S > cbGrayed)
-            StreamValueError(Reader, QStringLiteral("invalid check state %1").arg(S));
+            StreamValueError(
+                Reader,
+                QCoreApplication::translate("qxnum::TCheckListBoxFld", "invalid check state %1").arg(S));
         L.append(static_cast<TCheckBoxState>(S));
     }
     return [this, L] { SetStates(L); };
@@ -231,8 +230,10 @@ TFieldBase::TApplyValue TCheckListBoxFld::ReadXmlValue(TXmlNode Node) {
         if (It == Map.cend()) continue;
         const int S = StateOf(*It);
         if (S < 0)
-            XmlConvertError(ItemsElement, QStringLiteral("'%1' is not a valid check box state (item \"%2\")")
-                                              .arg(It->ValueAsString(), item(I)->text()));
+            XmlConvertError(ItemsElement,
+                            QCoreApplication::translate("qxnum::TCheckListBoxFld",
+                                                        "'%1' is not a valid check box state (item \"%2\")")
+                                .arg(It->ValueAsString(), item(I)->text()));
         Found.append({I, static_cast<TCheckBoxState>(S)});
     }
     return [this, Found] {

@@ -2,6 +2,7 @@
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fields.h>
 
+#include <QCoreApplication>
 #include <QTextDocument>
 
 #include <limits>
@@ -124,7 +125,9 @@ void TMemoFld::WriteStreamValue(TWriter& Writer) {
 
 TFieldBase::TApplyValue TMemoFld::ReadStreamValue(TReader& Reader) {
     const int N = Reader.ReadInteger();
-    if (N < 0) StreamValueError(Reader, QStringLiteral("negative line count %1").arg(N));
+    if (N < 0)
+        StreamValueError(Reader,
+                         QCoreApplication::translate("qxnum::TMemoFld", "negative line count %1").arg(N));
     QStringList L;
     // Each line takes at least two bytes, so a lying count ends at the end of the stream.
     for (int I = 0; I < N; ++I)

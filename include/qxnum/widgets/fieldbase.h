@@ -7,6 +7,7 @@
 //     class TStringFld : public QLineEdit, public TValueField<QString> {
 //         Q_OBJECT
 //         Q_INTERFACES(qxnum::INumFld)
+//         QXNUM_FIELD_PROPERTIES
 //     public:
 //         explicit TStringFld(QWidget* Parent = nullptr) : QLineEdit(Parent), TValueField(this) {}
 //     protected:
@@ -48,6 +49,14 @@
 // GetReadOnly of the non-edit fields is the negation of that Enabled.
 //
 // Sender of every event is the field's control. Not copyable; meant for the user-interface thread.
+//
+// Private state: TFieldBase keeps everything behind one pointer to a private class, and a field
+// class with state of its own derives its private class from that one and hands it to the
+// protected constructor (Qt's d-pointer inheritance). So every field, with or without state of
+// its own, can gain state without changing its size. TValueField<T> keeps its copy and
+// form-create value in the template itself: the contract fixes that pair, and a template's
+// layout is compiled into its users anyway; any further state of a field goes to the private
+// class.
 #pragma once
 
 #include <qxnum/numfld_intf.h>
@@ -57,8 +66,22 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 
 namespace qxnum {
+
+class TFieldBasePrivate;
+
+// The published properties that every field shares, as Qt properties. TFieldBase is no QObject,
+// so each field class puts this line into its own declaration, after Q_OBJECT.
+#define QXNUM_FIELD_PROPERTIES                                                                               \
+    Q_PROPERTY(int TagXML READ TagXML WRITE SetTagXML)                                                       \
+    Q_PROPERTY(int Tag READ Tag WRITE SetTag)                                                                \
+    Q_PROPERTY(QString CustomIDstring READ CustomIDstring WRITE SetCustomIDstring)                           \
+    Q_PROPERTY(bool EnforceXMLchanged READ EnforceXMLchanged WRITE SetEnforceXMLchanged)                     \
+    Q_PROPERTY(bool StreamReadVisibleandEnabled READ StreamReadVisibleandEnabled WRITE                       \
+                   SetStreamReadVisibleandEnabled)                                                           \
+    Q_PROPERTY(bool NoSaveWrite READ GetNoSaveWrite WRITE SetNoSaveWrite)
 
 // TXmlNodeEvent (Sender, Node), the type of OnAfterXMLWrite and OnXmlWriteValueChanged, comes
 // from numfld_intf.h; TNotifyEvent (Sender) from numedit.h.
@@ -71,29 +94,30 @@ public:
     TFieldBase(const TFieldBase&) = delete;
     TFieldBase& operator=(const TFieldBase&) = delete;
 
-    QWidget* FieldControl() const { return FControl; }
+    QWidget* FieldControl() const;
 
     // --- Common properties ---
-    int TagXML() const { return FTagXML; }
-    void SetTagXML(int AValue) { FTagXML = AValue; }
+    int TagXML() const;
+    void SetTagXML(int AValue);
     // The component's ordinary Tag (GetTag).
-    int Tag() const { return FTag; }
-    void SetTag(int AValue) { FTag = AValue; }
-    QString CustomIDstring() const { return FCustomIDstring; }
-    void SetCustomIDstring(const QString& AValue) { FCustomIDstring = AValue; }
-    bool EnforceXMLchanged() const { return FEnforceXMLchanged; }
-    void SetEnforceXMLchanged(bool AValue) { FEnforceXMLchanged = AValue; }
-    bool StreamReadVisibleandEnabled() const { return FStreamReadVisibleandEnabled; }
-    void SetStreamReadVisibleandEnabled(bool AValue) { FStreamReadVisibleandEnabled = AValue; }
-    bool NoSaveWrite() const { return FNoSaveWrite; }
-    TNotifyEvent OnAfterRead() const { return FOnAfterRead; }
-    void SetOnAfterRead(TNotifyEvent AEvent) { FOnAfterRead = std::move(AEvent); }
-    TXmlNodeEvent OnAfterXMLWrite() const { return FOnAfterXMLWrite; }
-    void SetOnAfterXMLWrite(TXmlNodeEvent AEvent) { FOnAfterXMLWrite = std::move(AEvent); }
-    TXmlNodeEvent OnXmlWriteValueChanged() const { return FOnXmlWriteValueChanged; }
-    void SetOnXmlWriteValueChanged(TXmlNodeEvent AEvent) { FOnXmlWriteValueChanged = std::move(AEvent); }
+    int Tag() const;
+    void SetTag(int AValue);
+    QString CustomIDstring() const;
+    void SetCustomIDstring(const QString& AValue);
+    bool EnforceXMLchanged() const;
+    void SetEnforceXMLchanged(bool AValue);
+    bool StreamReadVisibleandEnabled() const;
+    void SetStreamReadVisibleandEnabled(bool AValue);
+    bool NoSaveWrite() const { return GetNoSaveWrite(); }
+    TNotifyEvent OnAfterRead() const;
+    void SetOnAfterRead(TNotifyEvent AEvent);
+    TXmlNodeEvent OnAfterXMLWrite() const;
+    void SetOnAfterXMLWrite(TXmlNodeEvent AEvent);
+    TXmlNodeEvent OnXmlWriteValueChanged() const;
+    void SetOnXmlWriteValueChanged(TXmlNodeEvent AEvent);
 
-    // Set by OkChanges when the value had changed; cleared at the start of every read.
+    // Set by OkChanges when the value had changed; cleared at the start of every read. A public
+    // member by contract.
     bool ChangedAfterOK = false;
 
     // Visible and Enabled as files hold them (see the header comment).
@@ -113,12 +137,12 @@ public:
     void WritetoStream(TWriter& Writer) override;
     void WriteToXML(TXmlNode ParentXmlNode) override;
     void ReadFromXML(TXmlNode ParentXmlNode) override;
-    bool GetNoSaveWrite() const override { return FNoSaveWrite; }
-    void SetNoSaveWrite(bool Value) override { FNoSaveWrite = Value; }
+    bool GetNoSaveWrite() const override;
+    void SetNoSaveWrite(bool Value) override;
     // CustomIDstring when not empty, else the component name (objectName).
     QString GetIDstring() const override;
-    int GetTag() const override { return FTag; }
-    int GetTagXML() const override { return FTagXML; }
+    int GetTag() const override { return Tag(); }
+    int GetTagXML() const override { return TagXML(); }
     // Not Enabled; edit-like fields override this with their ReadOnly.
     bool GetReadOnly() const override;
     void AssignXmlWriteValueChanged(TXmlNodeEvent AnXmlNodeEvent) override;
@@ -127,6 +151,11 @@ public:
     static QString NoValueText();
 
 protected:
+    // For a field class with a private class of its own (derived from TFieldBasePrivate): the
+    // base takes ownership of D.
+    TFieldBase(QWidget* Control, TFieldBasePrivate* D);
+    TFieldBasePrivate* FieldPrivate() const { return d.get(); }
+
     // Puts a value that has been read into the control; an empty action changes nothing.
     using TApplyValue = std::function<void()>;
 
@@ -164,20 +193,12 @@ protected:
     [[noreturn]] void AssignError(const QObject* Source) const;
 
 private:
-    QWidget* FControl;
-    int FTagXML = 0;
-    int FTag = 0;
-    QString FCustomIDstring;
-    bool FEnforceXMLchanged = false;
-    bool FStreamReadVisibleandEnabled = false;
-    bool FNoSaveWrite = false;
-    TNotifyEvent FOnAfterRead;
-    TXmlNodeEvent FOnAfterXMLWrite;
-    TXmlNodeEvent FOnXmlWriteValueChanged;
+    const std::unique_ptr<TFieldBasePrivate> d;
 };
 
 // A field whose copy value and form-create value are one value of type T: HasChanged,
-// SetCopyValue, RestoreCopyValue, SetFormCreateVal and ResetToFormCreateVal for free.
+// SetCopyValue, RestoreCopyValue, SetFormCreateVal and ResetToFormCreateVal for free. Both
+// values start as T{}; a field whose empty value is another takes them in its constructor.
 template <typename T> class QXNUM_WIDGETS_EXPORT TValueField : public TFieldBase {
 public:
     using TFieldBase::TFieldBase;
@@ -193,6 +214,7 @@ protected:
     virtual void PutValue(const T& AValue) = 0;
     virtual bool SameValue(const T& A, const T& B) const { return A == B; }
 
+private:
     T FCopyVal{};
     T FFormCreateVal{};
 };

@@ -35,10 +35,11 @@
 
 #include <optional>
 
-class QButtonGroup;
-class QGridLayout;
-
 namespace qxnum {
+
+class TRadioGrpFldPrivate;
+class TCheckListBoxFldPrivate;
+class TComboBoxFldPrivate;
 
 // State of a check-list item; the names are the ones written to XML, the ordinals the stream's.
 
@@ -52,6 +53,8 @@ QXNUM_WIDGETS_EXPORT QString JoinCaptions(const QStringList& Captions);
 class QXNUM_WIDGETS_EXPORT TStringFld : public QLineEdit, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QString Text READ Text WRITE SetText)
 
 public:
     explicit TStringFld(QWidget* Parent = nullptr);
@@ -84,6 +87,9 @@ protected:
 class QXNUM_WIDGETS_EXPORT TMemoFld : public QPlainTextEdit, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QString Text READ Text WRITE SetText)
+    Q_PROPERTY(QStringList Lines READ Lines WRITE SetLines)
 
 public:
     explicit TMemoFld(QWidget* Parent = nullptr);
@@ -114,10 +120,42 @@ protected:
 
 // --- Buttons ------------------------------------------------------------------------------------
 
-// A check box; its value is Checked (a partially checked tri-state box is not Checked).
-class QXNUM_WIDGETS_EXPORT TCheckFld : public QCheckBox, public TValueField<bool> {
+class TBoolFieldPrivate;
+
+// What a check box and a radio button field share: the value is Checked, a boolean in both media
+// ("Value" in XML), shown as "checked" or "unchecked". A class passes its own meta-object, so that
+// Assign accepts a field of that class or a subclass.
+class QXNUM_WIDGETS_EXPORT TBoolField : public TValueField<bool> {
+public:
+    TBoolField(QWidget* Control, const QMetaObject& FieldClass);
+
+    void Assign(QObject* Source);
+
+    bool XmlValueChanged(TXmlNode ParentXmlNode) override;
+    QVariant GetVariantValue() override;
+    QString GetValueText() override;
+    QString GetXMLValueText(TXmlNode ParentXmlNode) override;
+
+protected:
+    void WriteStreamValue(TWriter& Writer) override;
+    TApplyValue ReadStreamValue(TReader& Reader) override;
+    void WriteXmlValue(TXmlNode Node) override;
+    TApplyValue ReadXmlValue(TXmlNode Node) override;
+
+private:
+    TBoolFieldPrivate* Priv() const;
+};
+
+// A check box; its value is Checked (a partially checked tri-state box is not Checked). State
+// gives all three states; AllowGrayed is Qt's tristate, and setting cbGrayed turns it on (a
+// QCheckBox holds a partial check only while it is tristate).
+class QXNUM_WIDGETS_EXPORT TCheckFld : public QCheckBox, public TBoolField {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(bool Checked READ Checked WRITE SetChecked)
+    Q_PROPERTY(bool AllowGrayed READ AllowGrayed WRITE SetAllowGrayed)
+    Q_PROPERTY(qxnum::TCheckBoxState State READ State WRITE SetState)
 
 public:
     explicit TCheckFld(QWidget* Parent = nullptr);
@@ -125,29 +163,24 @@ public:
 
     bool Checked() const { return checkState() == Qt::Checked; }
     void SetChecked(bool AValue) { setCheckState(AValue ? Qt::Checked : Qt::Unchecked); }
-    void Assign(QObject* Source);
-
-    bool XmlValueChanged(TXmlNode ParentXmlNode) override;
-    QVariant GetVariantValue() override { return Checked(); }
-    // "checked" or "unchecked".
-    QString GetValueText() override;
-    QString GetXMLValueText(TXmlNode ParentXmlNode) override;
+    bool AllowGrayed() const { return isTristate(); }
+    void SetAllowGrayed(bool AValue) { setTristate(AValue); }
+    TCheckBoxState State() const;
+    void SetState(TCheckBoxState AValue);
 
 protected:
     bool CurrentValue() override { return Checked(); }
     void PutValue(const bool& AValue) override { SetChecked(AValue); }
-    void WriteStreamValue(TWriter& Writer) override;
-    TApplyValue ReadStreamValue(TReader& Reader) override;
-    void WriteXmlValue(TXmlNode Node) override;
-    TApplyValue ReadXmlValue(TXmlNode Node) override;
 };
 
 // A radio button. SetChecked(false) unchecks it also when it is the checked button of its
 // auto-exclusive siblings (Qt alone refuses that), so a read or a restore can always clear it;
 // SetChecked(true) unchecks the siblings as usual.
-class QXNUM_WIDGETS_EXPORT TRadioBtnFld : public QRadioButton, public TValueField<bool> {
+class QXNUM_WIDGETS_EXPORT TRadioBtnFld : public QRadioButton, public TBoolField {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(bool Checked READ Checked WRITE SetChecked)
 
 public:
     explicit TRadioBtnFld(QWidget* Parent = nullptr);
@@ -155,21 +188,10 @@ public:
 
     bool Checked() const { return isChecked(); }
     void SetChecked(bool AValue);
-    void Assign(QObject* Source);
-
-    bool XmlValueChanged(TXmlNode ParentXmlNode) override;
-    QVariant GetVariantValue() override { return isChecked(); }
-    // "checked" or "unchecked".
-    QString GetValueText() override;
-    QString GetXMLValueText(TXmlNode ParentXmlNode) override;
 
 protected:
     bool CurrentValue() override { return isChecked(); }
     void PutValue(const bool& AValue) override { SetChecked(AValue); }
-    void WriteStreamValue(TWriter& Writer) override;
-    TApplyValue ReadStreamValue(TReader& Reader) override;
-    void WriteXmlValue(TXmlNode Node) override;
-    TApplyValue ReadXmlValue(TXmlNode Node) override;
 };
 
 // A radio group: a group box (its title is the caption) holding one radio button per item, laid
@@ -180,6 +202,11 @@ protected:
 class QXNUM_WIDGETS_EXPORT TRadioGrpFld : public QGroupBox, public TValueField<int> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QString Caption READ Caption WRITE SetCaption)
+    Q_PROPERTY(QStringList Items READ Items WRITE SetItems)
+    Q_PROPERTY(int ItemIndex READ ItemIndex WRITE SetItemIndex)
+    Q_PROPERTY(int Columns READ Columns WRITE SetColumns)
 
 public:
     explicit TRadioGrpFld(QWidget* Parent = nullptr);
@@ -187,27 +214,27 @@ public:
 
     QString Caption() const { return title(); }
     void SetCaption(const QString& AValue) { setTitle(AValue); }
-    QStringList Items() const { return FItems; }
+    QStringList Items() const;
     void SetItems(const QStringList& AValue);
-    int ItemIndex() const { return FItemIndex; }
+    int ItemIndex() const;
     void SetItemIndex(int AValue);
-    int Columns() const { return FColumns; }
+    int Columns() const;
     // At least 1.
     void SetColumns(int AValue);
     // The button of item Index, nullptr when there is none.
     QRadioButton* Button(int Index) const;
-    TNotifyEvent OnClick() const { return FOnClick; }
-    void SetOnClick(TNotifyEvent AEvent) { FOnClick = std::move(AEvent); }
+    TNotifyEvent OnClick() const;
+    void SetOnClick(TNotifyEvent AEvent);
     void Assign(QObject* Source);
 
     bool XmlValueChanged(TXmlNode ParentXmlNode) override;
-    QVariant GetVariantValue() override { return FItemIndex; }
+    QVariant GetVariantValue() override { return ItemIndex(); }
     // The caption of the checked item; empty when ItemIndex names no item.
     QString GetValueText() override;
     QString GetXMLValueText(TXmlNode ParentXmlNode) override;
 
 protected:
-    int CurrentValue() override { return FItemIndex; }
+    int CurrentValue() override { return ItemIndex(); }
     void PutValue(const int& AValue) override { SetItemIndex(AValue); }
     void WriteStreamValue(TWriter& Writer) override;
     TApplyValue ReadStreamValue(TReader& Reader) override;
@@ -215,17 +242,10 @@ protected:
     TApplyValue ReadXmlValue(TXmlNode Node) override;
 
 private:
+    TRadioGrpFldPrivate* Priv() const;
     void BuildButtons();
     void UpdateChecks();
     QString ItemCaption(int Index) const;
-
-    QStringList FItems;
-    int FItemIndex = -1;
-    int FColumns = 1;
-    QGridLayout* FLayout;
-    QButtonGroup* FGroup;
-    QList<QRadioButton*> FButtons;
-    TNotifyEvent FOnClick;
 };
 
 // --- Lists --------------------------------------------------------------------------------------
@@ -248,6 +268,9 @@ private:
 class QXNUM_WIDGETS_EXPORT TCheckListBoxFld : public QListWidget, public TValueField<QList<TCheckBoxState>> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QStringList Items READ Items WRITE SetItems)
+    Q_PROPERTY(bool AllowGrayed READ AllowGrayed WRITE SetAllowGrayed)
 
 public:
     explicit TCheckListBoxFld(QWidget* Parent = nullptr);
@@ -263,7 +286,7 @@ public:
     void SetState(int Index, TCheckBoxState AValue);
     bool Checked(int Index) const { return State(Index) != cbUnchecked; }
     void SetChecked(int Index, bool AValue) { SetState(Index, AValue ? cbChecked : cbUnchecked); }
-    bool AllowGrayed() const { return FAllowGrayed; }
+    bool AllowGrayed() const;
     void SetAllowGrayed(bool AValue);
     // The state of every item, in order.
     QList<TCheckBoxState> States() const;
@@ -289,9 +312,8 @@ protected:
     TApplyValue ReadXmlValue(TXmlNode Node) override;
 
 private:
+    TCheckListBoxFldPrivate* Priv() const;
     void PrepareItem(QListWidgetItem* Item) const;
-
-    bool FAllowGrayed = false;
 };
 
 // A combo box with an item index and a text. In every style but csDropDownList the box is
@@ -311,12 +333,17 @@ private:
 class QXNUM_WIDGETS_EXPORT TComboBoxFld : public QComboBox, public TFieldBase {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(qxnum::TComboBoxStyle Style READ Style WRITE SetStyle)
+    Q_PROPERTY(QStringList Items READ Items WRITE SetItems)
+    Q_PROPERTY(int ItemIndex READ ItemIndex WRITE SetItemIndex)
+    Q_PROPERTY(QString Text READ Text WRITE SetText)
 
 public:
     explicit TComboBoxFld(QWidget* Parent = nullptr);
     ~TComboBoxFld() override;
 
-    TComboBoxStyle Style() const { return FStyle; }
+    TComboBoxStyle Style() const;
     void SetStyle(TComboBoxStyle AValue);
     QStringList Items() const;
     void SetItems(const QStringList& AValue);
@@ -325,18 +352,18 @@ public:
     void SetItemIndex(int AValue);
     QString Text() const { return currentText(); }
     void SetText(const QString& AValue);
-    QString SavedText() const { return FSavedText; }
-    void SetSavedText(const QString& AValue) { FSavedText = AValue; }
+    QString SavedText() const;
+    void SetSavedText(const QString& AValue);
     void RevertToSavedText();
     // Runs after every change the user makes (OnChange, then the changed() signal).
-    TNotifyEvent OnChange() const { return FOnChange; }
-    void SetOnChange(TNotifyEvent AEvent) { FOnChange = std::move(AEvent); }
+    TNotifyEvent OnChange() const;
+    void SetOnChange(TNotifyEvent AEvent);
     // Copies ItemIndex and text.
     void Assign(QObject* Source);
 
-    bool HasChanged() override { return currentIndex() != FCopyVal; }
-    void SetCopyValue() override { FCopyVal = currentIndex(); }
-    void RestoreCopyValue() override { SetItemIndex(FCopyVal); }
+    bool HasChanged() override;
+    void SetCopyValue() override;
+    void RestoreCopyValue() override;
     void SetFormCreateVal() override;
     void ResetToFormCreateVal() override;
     bool XmlValueChanged(TXmlNode ParentXmlNode) override;
@@ -359,16 +386,10 @@ protected:
     TApplyValue ReadXmlValue(TXmlNode Node) override;
 
 private:
+    TComboBoxFldPrivate* Priv() const;
     void ConnectEdit();
     // Puts a read index and text into the box following the style's rule (see the class comment).
     void ApplyRead(std::optional<int> Index, const std::optional<QString>& NewText, bool SaveEmptyText);
-
-    TComboBoxStyle FStyle = csDropDown;
-    QString FSavedText;
-    int FCopyVal = -1;
-    int FFormCreateItemIndex = -1;
-    QString FFormCreateText;
-    TNotifyEvent FOnChange;
 };
 
 // --- Date and time ------------------------------------------------------------------------------
@@ -385,6 +406,8 @@ private:
 class QXNUM_WIDGETS_EXPORT TDateTimePickerFld : public QDateTimeEdit, public TValueField<QDateTime> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(QDateTime DateTime READ DateTime WRITE SetDateTime)
 
 public:
     explicit TDateTimePickerFld(QWidget* Parent = nullptr);

@@ -40,6 +40,7 @@ class TNumFldPrivate;
 class QXNUM_WIDGETS_EXPORT TNumFld : public TCustomNumInp, public TValueField<QString> {
     Q_OBJECT
     Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
     Q_PROPERTY(int Tag2 READ Tag2 WRITE SetTag2)
     // As a double: QVariant has no 80-bit type.
     Q_PROPERTY(double RefValue READ RefValueAsDouble WRITE SetRefValueAsDouble)
