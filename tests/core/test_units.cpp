@@ -48,16 +48,16 @@ TEST(UnitTables, StandardRowsCarryTheirUnitsAndPictures) {
 
 // Factors worked out from the definitions of the units rather than copied from the table.
 namespace def {
-constexpr double Lb = 0.45359237;   // kg
-constexpr double Ft = 0.3048;       // m
-constexpr double In = 0.0254;       // m
-constexpr double G0 = 9.80665;      // m/s², standard gravity
-constexpr double Lbf = Lb * G0;     // N
-constexpr double R = 5.0 / 9.0;     // K per degree Rankine
-constexpr double CalIT = 4.1868;    // J, international table calorie
+constexpr double Lb = 0.45359237;                 // kg
+constexpr double Ft = 0.3048;                     // m
+constexpr double In = 0.0254;                     // m
+constexpr double G0 = 9.80665;                    // m/s², standard gravity
+constexpr double Lbf = Lb * G0;                   // N
+constexpr double R = 5.0 / 9.0;                   // K per degree Rankine
+constexpr double CalIT = 4.1868;                  // J, international table calorie
 constexpr double BtuIT = CalIT * 1000.0 * Lb * R; // J: a calorie per gram and kelvin, in lb and R
-constexpr double Hour = 3600.0;     // s
-constexpr double Hp = 550 * Ft * Lbf; // W, mechanical horsepower
+constexpr double Hour = 3600.0;                   // s
+constexpr double Hp = 550 * Ft * Lbf;             // W, mechanical horsepower
 } // namespace def
 
 TEST(UnitTables, FactorsThatAreExactByDefinition) {
@@ -97,12 +97,12 @@ TEST(UnitTables, RoundedFactorsMatchTheirDefinitionToTheDigitsShown) {
         double Derived, HalfLastDigit;
     };
     const Case Cases[] = {
-        {ptPress, def::Lbf / (def::In * def::In), 0.005},                    // psi, 6894.76
-        {ptPower, def::Hp, 0.05},                                            // hp, 745.7
-        {ptArea, def::Ft * def::Ft, 5e-7},                                   // ft², 0.092903
-        {ptRho, def::Lb / (def::Ft * def::Ft * def::Ft), 5e-5},              // lb/ft³, 16.0185
-        {ptTorque, def::Lbf * def::Ft, 5e-6},                                // lbf ft, 1.35582
-        {ptTSFC, def::Lb / (def::Lbf * def::Hour), 5e-10},                   // lb/(lbf h), 2.8325e-5
+        {ptPress, def::Lbf / (def::In * def::In), 0.005},       // psi, 6894.76
+        {ptPower, def::Hp, 0.05},                               // hp, 745.7
+        {ptArea, def::Ft * def::Ft, 5e-7},                      // ft², 0.092903
+        {ptRho, def::Lb / (def::Ft * def::Ft * def::Ft), 5e-5}, // lb/ft³, 16.0185
+        {ptTorque, def::Lbf * def::Ft, 5e-6},                   // lbf ft, 1.35582
+        {ptTSFC, def::Lb / (def::Lbf * def::Hour), 5e-10},      // lb/(lbf h), 2.8325e-5
     };
     for (const Case& C : Cases) {
         SCOPED_TRACE(GetEnumName(C.P).toStdString());
@@ -123,9 +123,7 @@ TEST(UnitTables, FactorsWithoutAnExactDefinition) {
 // Degrees Fahrenheit are degrees Rankine shifted by 459.67: a host gets them through the offset.
 TEST(UnitConversion, FahrenheitThroughTheRankineRowAndAnOffset) {
     const Extended Offset = -459.67L * 5.0L / 9.0L; // 0 °F in kelvin, negated
-    const struct {
-        Extended F, K;
-    } Points[] = {{32, 273.15L}, {212, 373.15L}, {-40, 233.15L}, {-459.67L, 0}};
+    const struct { Extended F, K; } Points[] = {{32, 273.15L}, {212, 373.15L}, {-40, 233.15L}, {-459.67L, 0}};
     for (const auto& P : Points) {
         EXPECT_NEAR(static_cast<double>(ScaledToUnScaled(P.F, ptTemp, usImperial, 1, Offset)),
                     static_cast<double>(P.K), 1e-12 * 373.15);
@@ -133,8 +131,8 @@ TEST(UnitConversion, FahrenheitThroughTheRankineRowAndAnOffset) {
                     static_cast<double>(P.F), 1e-12 * 459.67);
     }
     // Pounds per hour through the lb/s row and a custom scale of one hour.
-    EXPECT_NEAR(static_cast<double>(ScaledToUnScaled(3600, ptMassflow, usImperial, 1.0L / 3600, 0)),
-                def::Lb, 1e-12 * def::Lb);
+    EXPECT_NEAR(static_cast<double>(ScaledToUnScaled(3600, ptMassflow, usImperial, 1.0L / 3600, 0)), def::Lb,
+                1e-12 * def::Lb);
 }
 
 TEST(UnitTables, WorkingTablesStartAsTheStandardOnes) {
