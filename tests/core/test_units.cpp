@@ -16,38 +16,123 @@ struct TablesGuard {
 
 } // namespace
 
-TEST(UnitTables, StandardRowsCarryTheirUnitsScalesAndPictures) {
+TEST(UnitTables, StandardRowsCarryTheirUnitsAndPictures) {
     struct Row {
         TParType P;
-        double SI, Imp;
         const char16_t *UnitSI, *UnitImp, *FmtSI, *FmtImp;
     };
     const Row Rows[] = {
-        {ptNone, 1.0, 1.0, u"", u"", u"0.0000E+00", u"0.0000E+00"},
-        {ptAngle, 1.0, 1.0, u"[°]", u"[°]", u"0.######", u"0.######"},
-        {ptArea, 1.0, 0.092903, u"[m²]", u"[ft²]", u"0.0000##", u"0.00##"},
-        {ptEnergy, 1000.0, 1055.055598655, u"[kJ]", u"[Btu]", u"0.00", u"0.00"},
-        {ptMomInertia, 1.0, 0.04214004, u"[kg m²]", u"[lb ft²]", u"0.####", u"0.###"},
-        {ptPress, 100000.0, 6894.76, u"[bar]", u"[psi]", u"0.000##", u"0.00#"},
-        {ptQ, 1000.0, 1055.055598655, u"[kW]", u"[Btu/s]", u"0.00", u"0.00"},
-        {ptRho, 1.0, 16.0185, u"[kg/m³]", u"[lb/ft³]", u"0.0000", u"0.0000"},
-        {ptSFCshaft, 2.7777777777777776e-07, 1.6896666666666666e-07, u"[kg/(kW h)]", u"[lb/(hp h)]",
-         u"0.00000", u"0.00000"},
-        {ptTemp, 1.0, 0.5555555555555556, u"[K]", u"[R]", u"0.00", u"0.00"},
-        {ptTSFC, 0.0002777777777777778, 2.8325e-05, u"[kg/(N h)]", u"[lb/(lbf h)]", u"0.00000", u"0.00000"},
-        {ptVolume, 1.0, 0.028316846592, u"[m³]", u"[ft³]", u"0.00####", u"0.00####"},
-        {ptZp, 1.0, 0.3048, u"[m]", u"[ft]", u"0", u"0"},
-        {pthtcoef, 1.0, 20430.2, u"[W/(m² K)]", u"[Btu/(s ft² R)]", u"0.00", u"0.00"},
+        {ptNone, u"", u"", u"0.0000E+00", u"0.0000E+00"},
+        {ptAngle, u"[°]", u"[°]", u"0.######", u"0.######"},
+        {ptArea, u"[m²]", u"[ft²]", u"0.0000##", u"0.00##"},
+        {ptEnergy, u"[kJ]", u"[Btu]", u"0.00", u"0.00"},
+        {ptMomInertia, u"[kg m²]", u"[lb ft²]", u"0.####", u"0.###"},
+        {ptPress, u"[bar]", u"[psi]", u"0.000##", u"0.00#"},
+        {ptQ, u"[kW]", u"[Btu/s]", u"0.00", u"0.00"},
+        {ptRho, u"[kg/m³]", u"[lb/ft³]", u"0.0000", u"0.0000"},
+        {ptSFCshaft, u"[kg/(kW h)]", u"[lb/(hp h)]", u"0.00000", u"0.00000"},
+        {ptTemp, u"[K]", u"[R]", u"0.00", u"0.00"},
+        {ptTSFC, u"[kg/(N h)]", u"[lb/(lbf h)]", u"0.00000", u"0.00000"},
+        {ptVolume, u"[m³]", u"[ft³]", u"0.00####", u"0.00####"},
+        {ptZp, u"[m]", u"[ft]", u"0", u"0"},
+        {pthtcoef, u"[W/(m² K)]", u"[Btu/(s ft² R)]", u"0.00", u"0.00"},
     };
     for (const Row& R : Rows) {
         SCOPED_TRACE(GetEnumName(R.P).toStdString());
-        EXPECT_EQ(ParscaleStd[R.P][usSI], R.SI);
-        EXPECT_EQ(ParscaleStd[R.P][usImperial], R.Imp);
         EXPECT_EQ(ParunitstrStd[R.P][usSI], QString::fromUtf16(R.UnitSI));
         EXPECT_EQ(ParunitstrStd[R.P][usImperial], QString::fromUtf16(R.UnitImp));
         EXPECT_EQ(ParformatStd[R.P][usSI], QString::fromUtf16(R.FmtSI));
         EXPECT_EQ(ParformatStd[R.P][usImperial], QString::fromUtf16(R.FmtImp));
     }
+}
+
+// Factors worked out from the definitions of the units rather than copied from the table.
+namespace def {
+constexpr double Lb = 0.45359237;                 // kg
+constexpr double Ft = 0.3048;                     // m
+constexpr double In = 0.0254;                     // m
+constexpr double G0 = 9.80665;                    // m/s², standard gravity
+constexpr double Lbf = Lb * G0;                   // N
+constexpr double R = 5.0 / 9.0;                   // K per degree Rankine
+constexpr double CalIT = 4.1868;                  // J, international table calorie
+constexpr double BtuIT = CalIT * 1000.0 * Lb * R; // J: a calorie per gram and kelvin, in lb and R
+constexpr double Hour = 3600.0;                   // s
+constexpr double Hp = 550 * Ft * Lbf;             // W, mechanical horsepower
+} // namespace def
+
+TEST(UnitTables, FactorsThatAreExactByDefinition) {
+    struct Case {
+        TParType P;
+        TUnitSystem U;
+        double Derived;
+    };
+    const Case Cases[] = {
+        {ptLength, usImperial, def::In},
+        {ptZp, usImperial, def::Ft},
+        {ptVelocity, usImperial, def::Ft},
+        {ptVolume, usImperial, def::Ft * def::Ft * def::Ft},
+        {ptMass, usImperial, def::Lb},
+        {ptMassflow, usImperial, def::Lb},
+        {ptTemp, usImperial, def::R},
+        {ptCpS, usImperial, def::BtuIT / (def::Lb * def::R)},
+        {ptPress, usSI, 1e5},
+        {ptEnergy, usSI, 1000.0},
+        {ptPower, usSI, 1000.0},
+        {ptSFCshaft, usSI, 1.0 / (1000.0 * def::Hour)},
+        {ptTSFC, usSI, 1.0 / def::Hour},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(GetEnumName(C.P).toStdString() + (C.U == usSI ? " SI" : " Imperial"));
+        EXPECT_NEAR(ParscaleStd[C.P][C.U], C.Derived, 1e-12 * C.Derived);
+    }
+    // Rows whose SI unit is the base unit itself.
+    for (TParType P : {ptNone, ptAngle, ptArea, ptCpS, ptMomInertia, ptRho, ptTemp, ptVolume, ptZp, pthtcoef})
+        EXPECT_EQ(ParscaleStd[P][usSI], 1.0) << GetEnumName(P).toStdString();
+}
+
+// The table gives these to a few digits; each must be its definition rounded to those digits.
+TEST(UnitTables, RoundedFactorsMatchTheirDefinitionToTheDigitsShown) {
+    struct Case {
+        TParType P;
+        double Derived, HalfLastDigit;
+    };
+    const Case Cases[] = {
+        {ptPress, def::Lbf / (def::In * def::In), 0.005},       // psi, 6894.76
+        {ptPower, def::Hp, 0.05},                               // hp, 745.7
+        {ptArea, def::Ft * def::Ft, 5e-7},                      // ft², 0.092903
+        {ptRho, def::Lb / (def::Ft * def::Ft * def::Ft), 5e-5}, // lb/ft³, 16.0185
+        {ptTorque, def::Lbf * def::Ft, 5e-6},                   // lbf ft, 1.35582
+        {ptTSFC, def::Lb / (def::Lbf * def::Hour), 5e-10},      // lb/(lbf h), 2.8325e-5
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(GetEnumName(C.P).toStdString());
+        EXPECT_NEAR(ParscaleStd[C.P][usImperial], C.Derived, C.HalfLastDigit);
+    }
+}
+
+// Factors that no exact definition reproduces: the table's own values.
+TEST(UnitTables, FactorsWithoutAnExactDefinition) {
+    EXPECT_EQ(ParscaleStd[ptEnergy][usImperial], 1055.055598655);
+    EXPECT_EQ(ParscaleStd[ptQ][usImperial], ParscaleStd[ptEnergy][usImperial]);
+    EXPECT_EQ(ParscaleStd[ptQ][usSI], ParscaleStd[ptEnergy][usSI]);
+    EXPECT_EQ(ParscaleStd[ptMomInertia][usImperial], 0.04214004);
+    EXPECT_EQ(ParscaleStd[ptSFCshaft][usImperial], 1.6896666666666666e-07);
+    EXPECT_EQ(ParscaleStd[pthtcoef][usImperial], 20430.2);
+}
+
+// Degrees Fahrenheit are degrees Rankine shifted by 459.67: a host gets them through the offset.
+TEST(UnitConversion, FahrenheitThroughTheRankineRowAndAnOffset) {
+    const Extended Offset = -459.67L * 5.0L / 9.0L; // 0 °F in kelvin, negated
+    const struct { Extended F, K; } Points[] = {{32, 273.15L}, {212, 373.15L}, {-40, 233.15L}, {-459.67L, 0}};
+    for (const auto& P : Points) {
+        EXPECT_NEAR(static_cast<double>(ScaledToUnScaled(P.F, ptTemp, usImperial, 1, Offset)),
+                    static_cast<double>(P.K), 1e-12 * 373.15);
+        EXPECT_NEAR(static_cast<double>(UnScaledToScaled(P.K, ptTemp, usImperial, 1, Offset)),
+                    static_cast<double>(P.F), 1e-12 * 459.67);
+    }
+    // Pounds per hour through the lb/s row and a custom scale of one hour.
+    EXPECT_NEAR(static_cast<double>(ScaledToUnScaled(3600, ptMassflow, usImperial, 1.0L / 3600, 0)), def::Lb,
+                1e-12 * def::Lb);
 }
 
 TEST(UnitTables, WorkingTablesStartAsTheStandardOnes) {
@@ -93,8 +178,6 @@ TEST(UnitConversion, KnownValues) {
     };
     const Case Cases[] = {
         {ptPress, usSI, 1, 0, 2, 200000},
-        {ptTemp, usImperial, 1, 0, 540, 300},
-        {ptSFCshaft, usSI, 1, 0, 1, static_cast<Extended>(2.7777777777777776e-07)},
         // The offset is subtracted after the table factor and before the custom scale.
         {ptPress, usSI, 3, 5, 2, (2.0L * 100000.0L - 5.0L) * 3.0L},
         {ptTemp, usSI, 1, -273.15L, 20, 293.15L},
@@ -106,8 +189,6 @@ TEST(UnitConversion, KnownValues) {
         EXPECT_NEAR(static_cast<double>(UnScaledToScaled(C.Base, C.P, C.U, C.Scale, C.Offset)),
                     static_cast<double>(C.Display), 1e-12 * std::fabs(static_cast<double>(C.Display)));
     }
-    // 500 R is 277.777... K
-    EXPECT_NEAR(static_cast<double>(ScaledToUnScaled(500, ptTemp, usImperial, 1, 0)), 2500.0 / 9.0, 1e-12);
 }
 
 TEST(UnitConversion, RoundTripForEveryTypeAndUnitSystem) {
