@@ -50,10 +50,6 @@ bool BitIdentical(Extended A, Extended B) {
 
 } // namespace
 
-// State lives behind one pointer: adding state never changes the size hosts compiled against.
-static_assert(sizeof(TCustomNumEdit) == sizeof(QLineEdit) + sizeof(void*));
-static_assert(sizeof(TNumEdit) == sizeof(TCustomNumEdit));
-
 // ---- properties and signals ----------------------------------------------------------------------------
 
 TEST(NumEditQt, PropertiesByPublishedNameActLikeTheSetters) {
