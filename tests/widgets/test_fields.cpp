@@ -1,7 +1,8 @@
-// The eight control fields against the common contract: round trips through both media, the
+// The eight control fields and the numeric field against the common contract: round trips through both media, the
 // copy / form-create bookkeeping, the XML write events, registration, and hostile input.
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fields.h>
+#include <qxnum/widgets/numfld.h>
 
 #include <QBuffer>
 #include <QMetaProperty>
@@ -125,6 +126,9 @@ const std::vector<TFieldKind>& Kinds() {
                  Date(9999, 12, 31, 23, 59, 59, 999), Date(1899, 12, 30, 0, 0, 0, 0)}),
          Show(&TDateTimePickerFld::DateTime), nullptr,
          Bad("Value", {"yesterday", "2024-13-01", "2024-02-30T10:00:00", "0099-12-31T23:59:59", "12345"})},
+        // The numeric field without range checks, so that every value is taken; any text is its value.
+        {"TNumFld", true, Values(&TNumFld::SetValue, {-0.75L, 1e300L, 2.5L}), Show(&TNumFld::text),
+         [](QWidget* W) { As<TNumFld>(W)->SetValidate(false); }},
     };
     return K;
 }
@@ -138,7 +142,7 @@ template <typename... T> void AssignAs(QWidget* Dst, QObject* Src) {
 
 void CallAssign(QWidget* Dst, QObject* Src) {
     AssignAs<TStringFld, TMemoFld, TCheckFld, TRadioBtnFld, TRadioGrpFld, TCheckListBoxFld, TComboBoxFld,
-             TDateTimePickerFld>(Dst, Src);
+             TDateTimePickerFld, TNumFld>(Dst, Src);
 }
 
 class FieldTest : public ::testing::Test {
@@ -239,9 +243,12 @@ TEST_P(FieldRoundTrip, XmlKeepsValueAndGatesVisibleEnabled) {
         EXPECT_EQ(bool(Node.NodeByName("Visible")), Gate);
         EXPECT_EQ(bool(Node.NodeByName("Enabled")), Gate);
         EXPECT_FALSE(Base(Src)->XmlValueChanged(Node));
-        // A reader without the flag ignores the elements even when present.
-        Node.WriteBool("Visible", false);
-        Node.WriteBool("Enabled", false);
+        // A reader without the flag ignores the elements even when present; with it, it reads
+        // the source's hidden and disabled state.
+        if (!Gate) {
+            Node.WriteBool("Visible", false);
+            Node.WriteBool("Enabled", false);
+        }
 
         // Through text, so that what is kept is what a file keeps.
         TXmlDocument Reloaded;
@@ -497,9 +504,7 @@ TEST_F(FieldTest, PropertiesGoThroughTheSetters) {
         {"TDateTimePickerFld", "DateTime", QDateTime(QDate(2001, 2, 3), QTime(4, 5, 6, 7)),
          [](QWidget* W) { return QVariant(As<TDateTimePickerFld>(W)->dateTime()); }},
     };
-    std::vector<TFieldKind> All = Kinds();
-    All.push_back({"TNumFld", true, {}, {}});
-    for (const TFieldKind& K : All) {
+    for (const TFieldKind& K : Kinds()) {
         for (const auto& R : Table) {
             if (R.Class && QLatin1String(R.Class) != QLatin1String(K.ClassName)) continue;
             SCOPED_TRACE(std::string(K.ClassName) + "." + R.Name);
@@ -522,6 +527,7 @@ TEST_P(FieldContract, TruncatedRecordsRaiseAndChangeNothing) {
     QWidget* Dst = Make(K());
     SetSample(Dst, 1);
     Base(Dst)->SetStreamReadVisibleandEnabled(true);
+    Base(Dst)->SetOnAfterRead([](QObject*) { ADD_FAILURE() << "OnAfterRead after a failed read"; });
     const QString Before = K().Snapshot(Dst);
     for (qsizetype N = 0; N < Bytes.size(); ++N) {
         SCOPED_TRACE(N);
@@ -529,6 +535,7 @@ TEST_P(FieldContract, TruncatedRecordsRaiseAndChangeNothing) {
         EXPECT_THROW_MSG(ReadRecord(*Base(Dst), Bytes.left(N), true), EReadError, "Stream read error");
         EXPECT_EQ(K().Snapshot(Dst), Before);
         EXPECT_TRUE(Base(Dst)->FieldVisible());
+        EXPECT_TRUE(Base(Dst)->FieldEnabled());
     }
 }
 
