@@ -1,5 +1,5 @@
-// The eight control fields and the numeric field against the common contract: round trips through both media, the
-// copy / form-create bookkeeping, the XML write events, registration, and hostile input.
+// The eight control fields and the numeric field against the common contract: round trips through both media,
+// the copy / form-create bookkeeping, the XML write events, registration, and hostile input.
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fields.h>
 #include <qxnum/widgets/numfld.h>
