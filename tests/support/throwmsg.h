@@ -15,6 +15,12 @@ template <typename E> QString ExceptionText(const E& Ex) {
         return QString::fromUtf8(Ex.what());
 }
 
+// The expected text as a QString, whether given as one or as a string literal (a functional cast
+// would be a useless cast for the former).
+inline QString ExpectedText(const QString& S) {
+    return S;
+}
+
 } // namespace qxnum::test
 
 #define EXPECT_THROW_MSG(Statement, Type, Substring)                                                         \
@@ -24,9 +30,9 @@ template <typename E> QString ExceptionText(const E& Ex) {
             ADD_FAILURE() << "no exception from " #Statement;                                                \
         } catch (const Type& ThrowMsgE_) {                                                                   \
             const QString ThrowMsgText_ = ::qxnum::test::ExceptionText(ThrowMsgE_);                          \
-            EXPECT_TRUE(ThrowMsgText_.contains(QString(Substring)))                                          \
+            EXPECT_TRUE(ThrowMsgText_.contains(::qxnum::test::ExpectedText(Substring)))                      \
                 << #Statement " threw \"" << ThrowMsgText_.toStdString() << "\", expected \""                \
-                << QString(Substring).toStdString() << '"';                                                  \
+                << ::qxnum::test::ExpectedText(Substring).toStdString() << '"';                              \
         } catch (...) {                                                                                      \
             ADD_FAILURE() << #Statement " threw another exception than " #Type;                              \
         }                                                                                                    \

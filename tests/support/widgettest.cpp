@@ -1,20 +1,12 @@
 #include "widgettest.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QTest>
 #include <QWidget>
 
 namespace qxnum::test {
 
 bool WaitFor(const std::function<bool()>& Pred, int Ms) {
-    QElapsedTimer T;
-    T.start();
-    while (!Pred()) {
-        if (T.elapsed() > Ms) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
+    return QTest::qWaitFor(Pred, Ms);
 }
 
 bool Activate(QWidget& Window, QWidget* Focus, int Reason) {
