@@ -2,7 +2,6 @@
 // 18-digit generator checked against std::to_chars.
 #include <qxnum/numconv.h>
 
-
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -490,7 +489,7 @@ TEST(StrToFloat, ExtendedIsExact) {
         std::string T;
         if (Rng() & 1) T += '-';
         const int Digits = 1 + static_cast<int>(Rng() % (I % 3 == 0 ? 40 : 20));
-        const int Point = static_cast<int>(Rng() % (Digits + 1));
+        const int Point = static_cast<int>(Rng() % static_cast<unsigned>(Digits + 1));
         for (int K = 0; K < Digits; ++K) {
             if (K == Point) T += '.';
             T += static_cast<char>('0' + Rng() % 10);

@@ -297,7 +297,7 @@ TEST_F(ParserTest, HostileInputGivesValueOrError) {
     const auto Start = std::chrono::steady_clock::now();
     for (int I = 0; I < 40000; ++I) {
         QString Text;
-        for (unsigned K = Rng() % (I % 2 ? 14 : 40); K > 0; --K)
+        for (auto K = Rng() % (I % 2 ? 14 : 40); K > 0; --K)
             Text += I % 2 ? QString::fromUtf8(Fragments[Rng() % std::size(Fragments)])
                           : QString(QChar(Alphabet[Rng() % (std::size(Alphabet) - 1)]));
         if (I % 3 == 0) NumInpFormatSettings.DecimalSeparator = QLatin1Char(I % 5 ? '.' : ',');

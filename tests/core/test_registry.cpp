@@ -84,9 +84,9 @@ TEST(Registry, CreatesReplacesAndUnregistersClassesByName) {
     // A later registration under the same name in any case replaces the earlier one.
     int Calls = 0;
     const auto Counting = [&Calls](int Step) {
-        return [&Calls, Step](QObject* Owner) -> QObject* {
+        return [&Calls, Step](QObject* Parent) -> QObject* {
             Calls += Step;
-            return new QObject(Owner);
+            return new QObject(Parent);
         };
     };
     RegisterClass("TReplaced", Counting(1));

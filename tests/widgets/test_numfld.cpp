@@ -338,7 +338,7 @@ TEST(NumFldStream, ValuesRoundTripBitExact) {
         Dst.F->SetValue(1.0L);
         EXPECT_EQ(ReadRecord(*Dst.F, Rec), 13);
         EXPECT_EQ(Bits(Dst.F->Value()), Bits(V));
-        EXPECT_EQ(Dst.F->text().isEmpty(), static_cast<bool>(std::isnan(V))); // NaN: no value
+        EXPECT_EQ(Dst.F->text().isEmpty(), std::isnan(V)); // NaN: no value
     }
 }
 
