@@ -1,7 +1,6 @@
 // The persistent numeric field: identifier, reference value, limits, change tests, and its
 // stream record and XML content, including hostile input.
 #include <qxnum/numconv.h>
-#include <qxnum/registry.h>
 #include <qxnum/widgets/numfld.h>
 
 #include "dialogrecorder.h"
@@ -9,7 +8,6 @@
 #include "widgettest.h"
 
 #include <QApplication>
-#include <QBuffer>
 #include <QDialog>
 #include <QLineEdit>
 #include <QMetaProperty>
@@ -20,7 +18,6 @@
 #include <cmath>
 #include <functional>
 #include <limits>
-#include <memory>
 
 using namespace qxnum;
 using qxnum::test::ReadRecord;
