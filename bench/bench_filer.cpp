@@ -93,7 +93,7 @@ void WriteBaseline(QDataStream& S) {
             break;
         }
         case 2:
-            S << bool(V.Bools[Bi++]);
+            S << V.Bools[Bi++]; // const vector<bool>: already a bool
             break;
         default:
             S << V.Strings[Si++];

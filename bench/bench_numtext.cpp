@@ -63,7 +63,8 @@ const std::vector<std::string>& Texts() {
         while (V.size() < ValueCount) {
             char Buf[32];
             const double X = std::pow(10.0, std::uniform_real_distribution<double>(-3.0, 5.0)(Rng));
-            const auto R = std::to_chars(Buf, Buf + sizeof Buf, X, std::chars_format::fixed, 1 + Rng() % 5);
+            const auto R = std::to_chars(Buf, Buf + sizeof Buf, X, std::chars_format::fixed,
+                                         1 + static_cast<int>(Rng() % 5));
             V.emplace_back(Buf, R.ptr);
         }
         return V;

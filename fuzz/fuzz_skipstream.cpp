@@ -39,7 +39,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
         Start = 5;
     }
     QBuffer Buf;
-    Buf.setData(reinterpret_cast<const char*>(Data + Start), static_cast<qsizetype>(Size - Start));
+    // The QByteArray overload: the (pointer, length) one takes an int length.
+    Buf.setData(
+        QByteArray(reinterpret_cast<const char*>(Data + Start), static_cast<qsizetype>(Size - Start)));
     Buf.open(QIODevice::ReadOnly);
     TReader R(&Buf, 16 + (Data[0] >> 2));
 

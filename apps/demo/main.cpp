@@ -68,7 +68,7 @@ QTableWidget* MakeUnitTable(QWidget* Parent) {
     const QStringList Headers = {QObject::tr("Parameter"), QObject::tr("Base value"),
                                  QObject::tr("SI"),        QObject::tr("SI unit"),
                                  QObject::tr("Imperial"),  QObject::tr("Imperial unit")};
-    auto* Table = new QTableWidget(ParTypeCount, Headers.size(), Parent);
+    auto* Table = new QTableWidget(ParTypeCount, static_cast<int>(Headers.size()), Parent);
     Table->setHorizontalHeaderLabels(Headers);
     Table->verticalHeader()->setVisible(false);
     Table->setEditTriggers(QAbstractItemView::NoEditTriggers);

@@ -31,9 +31,9 @@ enum TMsgDlgBtn : quint16 {
 Q_DECLARE_FLAGS(TMsgDlgButtons, TMsgDlgBtn)
 Q_DECLARE_OPERATORS_FOR_FLAGS(TMsgDlgButtons)
 
-inline constexpr TMsgDlgButtons mbYesNo = TMsgDlgButtons(mbYes | mbNo);
-inline constexpr TMsgDlgButtons mbYesNoCancel = TMsgDlgButtons(mbYes | mbNo | mbCancel);
-inline constexpr TMsgDlgButtons mbOKCancel = TMsgDlgButtons(mbOK | mbCancel);
+inline constexpr TMsgDlgButtons mbYesNo = mbYes | mbNo;
+inline constexpr TMsgDlgButtons mbYesNoCancel = mbYes | mbNo | mbCancel;
+inline constexpr TMsgDlgButtons mbOKCancel = mbOK | mbCancel;
 
 // Modal results.
 enum : int {

@@ -548,7 +548,7 @@ QString FloatToStr(Extended Value, const TFormatSettings& Settings) {
 QString FormatWidth(int Width, const QString& S) {
     const qint64 W = Width < 0 ? -static_cast<qint64>(Width) : Width;
     if (S.size() >= W) return S;
-    const QString Blanks(static_cast<qsizetype>(W - S.size()), QLatin1Char(' '));
+    const QString Blanks(W - S.size(), QLatin1Char(' ')); // pad <= 2^31; qsizetype is 64-bit
     return Width < 0 ? S + Blanks : Blanks + S;
 }
 

@@ -23,7 +23,7 @@ namespace qxnum::detail {
 namespace {
 
 using u64 = std::uint64_t;
-using u128 = unsigned __int128;
+__extension__ using u128 = unsigned __int128; // a GCC/Clang extension
 
 constexpr u64 Pow10_17 = 100000000000000000ULL;
 constexpr u64 Pow10_18 = 1000000000000000000ULL;
@@ -191,7 +191,7 @@ bool DecodeExtended(const Extended& Value, std::uint64_t& Mantissa, int& Exponen
     std::memcpy(Bytes, &Value, 10);
     u64 M;
     std::memcpy(&M, Bytes, 8);
-    const unsigned SignExp = Bytes[8] | (Bytes[9] << 8);
+    const unsigned SignExp = Bytes[8] | (static_cast<unsigned>(Bytes[9]) << 8);
     Negative = (SignExp & 0x8000) != 0;
     const int BiasedExp = static_cast<int>(SignExp & 0x7FFF);
     if (BiasedExp == 0x7FFF) return false;
@@ -220,7 +220,7 @@ int ExtendedDigits18(const Extended& Value, char* Digits) {
     bool NonZero;
     if (P >= 0 && P <= 27) {
         // The decades around 1 (10^-10 to 10^17): X = M * 5^P * 2^(E+P) exactly in 128 bits.
-        const u128 Prod = static_cast<u128>(M) * Pow5[P];
+        const u128 Prod = static_cast<u128>(M) * Pow5[static_cast<std::size_t>(P)]; // 0 <= P <= 27
         const int S = -(E + P);
         if (S <= 0) {
             Q = static_cast<u64>(Prod << -S); // an integer below 2 * 10^18
@@ -240,7 +240,7 @@ int ExtendedDigits18(const Extended& Value, char* Digits) {
         const int T = E + P; // X = M * 2^T / 5^-P
         if (T > 63 || T < -64) return SlowDigits18(Value, Digits);
         const u128 Num = T >= 0 ? static_cast<u128>(M) << T : static_cast<u128>(M);
-        const u128 Five = Pow5[-P];
+        const u128 Five = Pow5[static_cast<std::size_t>(-P)]; // 1 <= -P <= 27
         const u128 Den = T >= 0 ? Five : Five << -T;
         const u128 Quot = Num / Den, Rem = Num % Den;
         if (Quot >> 64) return SlowDigits18(Value, Digits);
@@ -249,13 +249,14 @@ int ExtendedDigits18(const Extended& Value, char* Digits) {
         NonZero = Rem != 0;
     } else {
         int A = P >= 0 ? P / 27 : -((-P + 26) / 27);
-        const int Bq = P - 27 * A;
+        const int Bq = P - 27 * A; // 0 <= Bq <= 26
+        const u64 Pow5Bq = Pow5[static_cast<std::size_t>(Bq)];
         if (A < MinA || A > MaxA) return SlowDigits18(Value, Digits);
         const TPow& C = PowTable().Entry[A - MinA];
 
         // F = top 128 bits of C * 5^Bq; F * 2^G = 10^P (or a lower bound of it).
-        const u128 CLo = static_cast<u128>(C.Lo) * Pow5[Bq];
-        const u128 CHi = static_cast<u128>(C.Hi) * Pow5[Bq] + static_cast<u64>(CLo >> 64);
+        const u128 CLo = static_cast<u128>(C.Lo) * Pow5Bq;
+        const u128 CHi = static_cast<u128>(C.Hi) * Pow5Bq + static_cast<u64>(CLo >> 64);
         const u64 T0 = static_cast<u64>(CLo), T1 = static_cast<u64>(CHi), T2 = static_cast<u64>(CHi >> 64);
         const int Top = BitLength(T2); // bits of the product above 128
         u64 FHi, FLo;

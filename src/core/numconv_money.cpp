@@ -10,7 +10,7 @@ namespace qxnum {
 
 namespace {
 
-using u128 = unsigned __int128;
+__extension__ using u128 = unsigned __int128; // a GCC/Clang extension
 
 constexpr const char* Ones[20] = {"zero",    "one",     "two",       "three",    "four",
                                   "five",    "six",     "seven",     "eight",    "nine",
