@@ -5,6 +5,7 @@
 #include <qxnum/widgets/numedit.h>
 
 #include "dialogrecorder.h"
+#include "editform.h"
 #include "widgettest.h"
 
 #include <QApplication>
@@ -44,26 +45,7 @@ void Retype(TNumEdit* E, const QString& Text) {
     QTest::keyClicks(E, Text);
 }
 
-// Form "Form1" with edits "p1" and "p2" (range -1000..1000) and a button.
-struct TForm {
-    QWidget W;
-    TNumEdit* E1 = new TNumEdit(&W);
-    TNumEdit* E2 = new TNumEdit(&W);
-    TForm() {
-        W.setObjectName(QStringLiteral("Form1"));
-        E1->setObjectName(QStringLiteral("p1"));
-        E2->setObjectName(QStringLiteral("p2"));
-        auto* L = new QVBoxLayout(&W);
-        for (TNumEdit* E : {E1, E2}) {
-            E->SetMax(1000);
-            E->SetMin(-1000);
-            L->addWidget(E);
-        }
-        L->addWidget(new QPushButton(QStringLiteral("Go"), &W));
-    }
-    bool Activate(QWidget* Focus) { return test::Activate(W, Focus); }
-    void Leave() { E2->setFocus(Qt::TabFocusReason); }
-};
+using TForm = test::TEditForm;
 
 } // namespace
 
