@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "settingsguard.h"
+
 #include <cmath>
 #include <limits>
 
@@ -10,24 +12,10 @@ using namespace qxnum;
 
 namespace {
 
-// Sets both settings globals for one test and puts them back afterwards.
-struct SettingsGuard {
-    TFormatSettings SavedFormat = FormatSettings, SavedNumInp = NumInpFormatSettings;
-    SettingsGuard(const TFormatSettings& Format, const TFormatSettings& NumInp) {
-        FormatSettings = Format;
-        NumInpFormatSettings = NumInp;
-    }
-    ~SettingsGuard() {
-        FormatSettings = SavedFormat;
-        NumInpFormatSettings = SavedNumInp;
-    }
-};
+using test::SettingsGuard;
 
 TFormatSettings CommaDecimal() {
-    TFormatSettings S = TFormatSettings::Invariant();
-    S.DecimalSeparator = QLatin1Char(',');
-    S.ThousandSeparator = QLatin1Char('.');
-    return S;
+    return test::CommaSettings();
 }
 
 constexpr Extended NaN = std::numeric_limits<Extended>::quiet_NaN();

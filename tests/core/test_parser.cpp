@@ -5,6 +5,8 @@
 #include <QString>
 #include <gtest/gtest.h>
 
+#include "settingsguard.h"
+
 #include <cfenv>
 #include <chrono>
 #include <cmath>
@@ -40,9 +42,6 @@ struct TValueCase {
 
 class ParserTest : public ::testing::Test {
 protected:
-    void SetUp() override { Saved = NumInpFormatSettings; }
-    void TearDown() override { NumInpFormatSettings = Saved; }
-
     void UseDecimalComma() { NumInpFormatSettings.DecimalSeparator = QLatin1Char(','); }
 
     // Evaluates Text with the variables in Vars; an unknown name is left unresolved.
@@ -73,7 +72,7 @@ protected:
         }
     }
 
-    TFormatSettings Saved;
+    test::SettingsGuard Saved;
     QObject Owner;
 };
 
@@ -215,17 +214,6 @@ TEST_F(ParserTest, ReportsErrorsWithReasonAndPosition) {
     };
     for (const auto& C : Cases)
         EXPECT_EQ(ErrorOf(QString::fromUtf8(C[0])), QString::fromUtf8(C[1])) << C[0];
-}
-
-TEST_F(ParserTest, ErrorMessagesNameTheDescription) {
-    TQXParser P(&Owner);
-    P.SetDescription(QStringLiteral("Grid1 expression in Flow"));
-    P.SetExpression(QStringLiteral("2*q"));
-    EXPECT_EQ(MessageOf(P), QStringLiteral("Grid1 expression in Flow: unknown identifier 'q' at position 3"));
-    // Without a description the reason stands alone.
-    TQXParser Bare;
-    Bare.SetExpression(QStringLiteral("1+"));
-    EXPECT_EQ(MessageOf(Bare), QStringLiteral("unexpected end of expression at position 3"));
 }
 
 TEST_F(ParserTest, VariableErrorsComeAfterSyntaxAndNameTheIdentifier) {

@@ -5,6 +5,8 @@
 #include <qxnum/widgets/numedit.h>
 
 #include "dialogrecorder.h"
+#include "editform.h"
+#include "proptest.h"
 #include "widgettest.h"
 
 #include <QApplication>
@@ -15,7 +17,6 @@
 #include <QTest>
 #include <QToolTip>
 #include <QTranslator>
-#include <QVBoxLayout>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -27,22 +28,7 @@ using qxnum::test::DialogRecorder;
 
 namespace {
 
-// Window "Form1" with the edit "p1" and a second edit to move the focus to.
-struct TForm {
-    QWidget W;
-    TNumEdit* E = new TNumEdit(&W);
-    TNumEdit* Other = new TNumEdit(&W);
-    TForm() {
-        W.setObjectName(QStringLiteral("Form1"));
-        E->setObjectName(QStringLiteral("p1"));
-        auto* L = new QVBoxLayout(&W);
-        L->addWidget(E);
-        L->addWidget(Other);
-    }
-    bool Activate() { return test::Activate(W, E); }
-    void Leave() { Other->setFocus(Qt::TabFocusReason); }
-    void Enter() { E->setFocus(Qt::TabFocusReason); }
-};
+using TForm = test::TEditForm;
 
 bool BitIdentical(Extended A, Extended B) {
     return std::memcmp(&A, &B, 10) == 0; // the 80 value bits; the padding is not part of it
@@ -98,12 +84,8 @@ TEST(NumEditQt, PropertiesByPublishedNameActLikeTheSetters) {
     };
     for (const Case& C : Cases) {
         SCOPED_TRACE(C.Name);
-        const int Index = Meta->indexOfProperty(C.Name);
-        ASSERT_GE(Index, 0);
-        EXPECT_TRUE(Meta->property(Index).isWritable());
-        EXPECT_TRUE(E.setProperty(C.Name, C.Value));
+        test::SetPublished(E, C.Name, C.Value);
         EXPECT_TRUE(C.Effect(E));
-        EXPECT_EQ(E.property(C.Name), C.Value);
     }
     // Enumerations show their names.
     const QMetaProperty ParType = Meta->property(Meta->indexOfProperty("ParType"));
@@ -113,7 +95,7 @@ TEST(NumEditQt, PropertiesByPublishedNameActLikeTheSetters) {
 
 TEST(NumEditQt, ValueChangedOncePerChangeOfTheHeldValue) {
     TForm F;
-    TNumEdit& E = *F.E;
+    TNumEdit& E = *F.E1;
     QSignalSpy Spy(&E, &TCustomNumEdit::valueChanged);
     DialogRecorder Rec;
     struct Step {
@@ -175,7 +157,7 @@ TEST(NumEditQt, ValueChangedOncePerChangeOfTheHeldValue) {
 
 TEST(NumEditQt, UnitSystemAndEditingFinishedSignals) {
     TForm F;
-    TNumEdit& E = *F.E;
+    TNumEdit& E = *F.E1;
     E.SetRange(0, 100);
     int Hook = 0;
     E.SetOnUnitSystemChange([&](QObject*) { ++Hook; });
@@ -245,7 +227,7 @@ TEST(NumEditQt, SetRangeGivesTheSameLimitsWhateverCameBefore) {
 
 TEST(NumEditQt, RefusedInputShowsItsRuleUntilTheNextAcceptedKey) {
     TForm F;
-    TNumEdit& E = *F.E;
+    TNumEdit& E = *F.E1;
     E.SetNumericType(ntFixed);
     ASSERT_TRUE(F.Activate());
     struct Case {
@@ -288,7 +270,7 @@ TEST(NumEditQt, RefusedInputShowsItsRuleUntilTheNextAcceptedKey) {
 
 TEST(NumEditQt, FocusTraversalKeepsEveryValueBitIdentical) {
     TForm F;
-    TNumEdit& E = *F.E;
+    TNumEdit& E = *F.E1;
     E.SetRange(-1e30L, 1e30L);
     ASSERT_TRUE(F.Activate());
     const Extended Values[] = {5.8e-8L, 1.0L / 3, -273.15L + 1e-12L, 101325.0000001L, 7e20L, -2.5e-25L};
@@ -333,7 +315,7 @@ TEST(NumEditQt, FocusTraversalKeepsEveryValueBitIdentical) {
 
 TEST(NumEditQt, ExpressionInputCalculatesWithoutVariables) {
     TForm F;
-    TNumEdit& E = *F.E;
+    TNumEdit& E = *F.E1;
     E.SetRange(-1e6L, 1e6L);
     E.SetExpressionInput(true);
     E.SetNumericType(ntNumber);
