@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds everything with warnings as errors and runs every test.
+# Builds everything with warnings as errors (pedantic set included) and runs every test.
 #   scripts/test.sh              # normal build in build/
 #   QXNUM_SANITIZE=1 scripts/test.sh   # AddressSanitizer + UBSan build in build-asan/
 set -euo pipefail
@@ -16,7 +16,7 @@ else
   extra=(-DCMAKE_BUILD_TYPE=RelWithDebInfo)
 fi
 
-cmake -S . -B "$dir" -G Ninja -DQXNUM_WERROR=ON "${extra[@]}"
+cmake -S . -B "$dir" -G Ninja -DQXNUM_WERROR=ON -DQXNUM_PEDANTIC=ON "${extra[@]}"
 cmake --build "$dir" -j "$jobs"
 cd "$dir"
 QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j "$jobs"
