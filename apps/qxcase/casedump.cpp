@@ -9,11 +9,11 @@
 
 #include <qxnum/filer.h>
 #include <qxnum/streamcode.h>
+#include <qxnum/xml.h>
 
 #include <QBuffer>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <vector>
 
@@ -38,12 +38,11 @@ struct TItem {
     QString Label;
 };
 
+// The library's shortest exact text; the dump's own words for the values that are no numbers.
 QString FloatText(Extended V) {
     if (std::isnan(V)) return QStringLiteral("NaN");
     if (std::isinf(V)) return V > 0 ? QStringLiteral("+Inf") : QStringLiteral("-Inf");
-    char Buf[64];
-    const auto R = std::to_chars(Buf, Buf + sizeof Buf, V);
-    return QString::fromLatin1(Buf, static_cast<qsizetype>(R.ptr - Buf));
+    return XmlExtendedToStr(V);
 }
 
 QString DateText(double Days) {

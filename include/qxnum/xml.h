@@ -230,6 +230,8 @@ QXNUM_CORE_EXPORT bool XmlTryStrToBool(const QString& Text, bool& Value);
 QXNUM_CORE_EXPORT QString XmlIntToStr(int Value);
 QXNUM_CORE_EXPORT bool XmlTryStrToInt(const QString& Text, int& Value);
 QXNUM_CORE_EXPORT QString XmlFloatToStr(double Value);
+// The same for an extended value: the shortest text that reads back to it as an extended.
+QXNUM_CORE_EXPORT QString XmlExtendedToStr(Extended Value);
 QXNUM_CORE_EXPORT bool XmlTryStrToFloat(const QString& Text, double& Value);
 QXNUM_CORE_EXPORT QString XmlDateTimeToStr(const QDateTime& Value);
 QXNUM_CORE_EXPORT bool XmlTryStrToDateTime(const QString& Text, QDateTime& Value);

@@ -1,6 +1,8 @@
 #include <qxnum/filer.h>
 
+#include "ext80_p.h"
 #include "textcodec.h"
+#include "tr_p.h"
 
 #include <QDate>
 #include <QIODevice>
@@ -10,7 +12,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cfloat>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -19,82 +20,9 @@ namespace qxnum {
 
 namespace {
 
-constexpr quint64 IntegerBit = 0x8000000000000000ULL;
-constexpr quint64 QuietNaNMantissa = 0xC000000000000000ULL;
-constexpr int ExtBias = 16383;
-// Exponent of the least significant significand bit of an 80-bit denormal: 2^(1 - 16383 - 63).
-constexpr int ExtDenormalShift = 1 - ExtBias - 63;
 // Larger payloads are read straight into their destination, or in chunks of this size from a
 // sequential device, instead of through the read-ahead buffer.
 constexpr qint64 ChunkSize = 64 * 1024;
-
-TExt80Bytes Pack(bool Negative, quint16 Exponent, quint64 Mantissa) {
-    TExt80Bytes B;
-    qToLittleEndian<quint64>(Mantissa, B.data());
-    qToLittleEndian<quint16>(static_cast<quint16>((Negative ? 0x8000 : 0) | (Exponent & 0x7FFF)),
-                             B.data() + 8);
-    return B;
-}
-
-struct TExtFields {
-    bool Negative;
-    quint16 Exponent;
-    quint64 Mantissa;
-};
-
-TExtFields Unpack(const quint8* B) {
-    const quint16 SignExp = qFromLittleEndian<quint16>(B + 8);
-    return {(SignExp & 0x8000) != 0, static_cast<quint16>(SignExp & 0x7FFF), qFromLittleEndian<quint64>(B)};
-}
-
-Extended SignedNaN(bool Negative) {
-    return std::copysign(std::numeric_limits<Extended>::quiet_NaN(), Negative ? -1.0L : 1.0L);
-}
-
-// Mantissa / 2^Shift rounded half to even; Mantissa has its top bit set.
-quint64 RoundShift(quint64 Mantissa, int Shift) {
-    if (Shift <= 0) return Mantissa;
-    if (Shift > 64) return 0;
-    if (Shift == 64) return Mantissa > IntegerBit ? 1 : 0;
-    quint64 Q = Mantissa >> Shift;
-    const quint64 Rem = Mantissa & ((quint64(1) << Shift) - 1);
-    const quint64 Half = quint64(1) << (Shift - 1);
-    if (Rem > Half || (Rem == Half && (Q & 1))) ++Q;
-    return Q;
-}
-
-double DoubleFromExt(const TExtFields& F) {
-    const quint64 Sign = F.Negative ? IntegerBit : 0;
-    const bool IntBitSet = (F.Mantissa & IntegerBit) != 0;
-    if (F.Exponent == 0x7FFF) {
-        if (IntBitSet && (F.Mantissa << 1) == 0) return std::bit_cast<double>(Sign | 0x7FF0000000000000ULL);
-        // Keep what fits of the payload, always quiet.
-        return std::bit_cast<double>(Sign | 0x7FF8000000000000ULL |
-                                     ((F.Mantissa >> 11) & 0x000FFFFFFFFFFFFFULL));
-    }
-    if (F.Exponent != 0 && !IntBitSet) return std::bit_cast<double>(Sign | 0x7FF8000000000000ULL);
-    if (F.Mantissa == 0) return std::bit_cast<double>(Sign);
-
-    // Value = Mantissa * 2^E0; normalise so that the top bit is set.
-    int E0 = (F.Exponent == 0 ? 1 : F.Exponent) - ExtBias - 63;
-    const int Lz = std::countl_zero(F.Mantissa);
-    const quint64 M = F.Mantissa << Lz;
-    E0 -= Lz;
-    int E = E0 + 63; // exponent of the leading bit
-    if (E > 1023) return std::bit_cast<double>(Sign | 0x7FF0000000000000ULL);
-    if (E >= -1022) {
-        quint64 Q = RoundShift(M, 11);
-        if (Q == (quint64(1) << 53)) {
-            Q >>= 1;
-            ++E;
-            if (E > 1023) return std::bit_cast<double>(Sign | 0x7FF0000000000000ULL);
-        }
-        return std::bit_cast<double>(Sign | (quint64(E + 1023) << 52) | (Q & 0x000FFFFFFFFFFFFFULL));
-    }
-    // Denormal double: units of 2^-1074. A carry into bit 52 gives the smallest normal, which
-    // the same bit pattern encodes.
-    return std::bit_cast<double>(Sign | RoundShift(M, -1074 - E0));
-}
 
 QString TagText(quint8 Tag) {
     const QString Hex = QStringLiteral("%1").arg(static_cast<uint>(Tag), 2, 16, QLatin1Char('0')).toUpper();
@@ -126,66 +54,6 @@ bool IsIntTag(quint8 Tag) {
 }
 
 } // namespace
-
-// --- 80-bit conversions ----------------------------------------------------------------------
-
-TExt80Bytes ExtendedToExt80(Extended Value) {
-    const bool Negative = std::signbit(Value);
-    if (std::isnan(Value)) return Pack(Negative, 0x7FFF, QuietNaNMantissa);
-    if (std::isinf(Value)) return Pack(Negative, 0x7FFF, IntegerBit);
-    if (Value == 0) return Pack(Negative, 0, 0);
-
-    const Extended A = std::fabs(Value);
-    int E = 0;
-    const Extended F = std::frexp(A, &E); // A = F * 2^E, F in [0.5, 1)
-    int Biased = E - 1 + ExtBias;
-    if (Biased >= 1) {
-        Extended Scaled = std::ldexp(F, 64);
-        if constexpr (LDBL_MANT_DIG > 64) Scaled = std::rint(Scaled);
-        if (Scaled >= 18446744073709551616.0L) { // rounding carried out of 64 bits
-            Scaled /= 2;
-            ++Biased;
-        }
-        if (Biased >= 0x7FFF) return Pack(Negative, 0x7FFF, IntegerBit);
-        return Pack(Negative, static_cast<quint16>(Biased), static_cast<quint64>(Scaled));
-    }
-    Extended Scaled = std::ldexp(A, -ExtDenormalShift);
-    if constexpr (LDBL_MANT_DIG > 64) Scaled = std::rint(Scaled);
-    const quint64 M = static_cast<quint64>(Scaled);
-    // A denormal that rounded up to 2^63 is the smallest normal.
-    return Pack(Negative, (M & IntegerBit) ? 1 : 0, M);
-}
-
-Extended Ext80ToExtended(const TExt80Bytes& Bytes) {
-    if constexpr (LDBL_MANT_DIG < 64) {
-        return Ext80ToDouble(Bytes);
-    } else {
-        const TExtFields F = Unpack(Bytes.data());
-        const bool IntBitSet = (F.Mantissa & IntegerBit) != 0;
-        if (F.Exponent == 0x7FFF) {
-            if (IntBitSet && (F.Mantissa << 1) == 0)
-                return F.Negative ? -std::numeric_limits<Extended>::infinity()
-                                  : std::numeric_limits<Extended>::infinity();
-            return SignedNaN(F.Negative);
-        }
-        if (F.Exponent == 0) {
-            if (F.Mantissa == 0) return F.Negative ? -0.0L : 0.0L;
-            const Extended V = std::ldexp(static_cast<Extended>(F.Mantissa), ExtDenormalShift);
-            return F.Negative ? -V : V;
-        }
-        if (!IntBitSet) return SignedNaN(F.Negative);
-        const Extended V = std::ldexp(static_cast<Extended>(F.Mantissa), F.Exponent - ExtBias - 63);
-        return F.Negative ? -V : V;
-    }
-}
-
-double Ext80ToDouble(const TExt80Bytes& Bytes) {
-    return DoubleFromExt(Unpack(Bytes.data()));
-}
-
-Extended MakeExtended(bool Negative, quint16 Exponent, quint64 Mantissa) {
-    return Ext80ToExtended(Pack(Negative, Exponent, Mantissa));
-}
 
 // --- Dates ---------------------------------------------------------------------------------------
 
@@ -238,7 +106,7 @@ void TWriter::FlushBuffer() {
     const qint64 Count = static_cast<qint64>(FBufPos);
     FBufPos = 0;
     if (!FStream || FStream->write(reinterpret_cast<const char*>(FBuffer.data()), Count) != Count)
-        throw EWriteError(QStringLiteral("Stream write error"));
+        throw EWriteError(detail::Tr("qxnum::TWriter", "Stream write error"));
 }
 
 qint64 TWriter::Position() const {
@@ -252,7 +120,7 @@ void TWriter::Put(const void* Buf, qint64 Count) {
         FlushBuffer();
         if (N >= FBuffer.size()) {
             if (!FStream || FStream->write(static_cast<const char*>(Buf), Count) != Count)
-                throw EWriteError(QStringLiteral("Stream write error"));
+                throw EWriteError(detail::Tr("qxnum::TWriter", "Stream write error"));
             return;
         }
     }
@@ -338,7 +206,7 @@ void TWriter::WriteCurrency(Extended Value) {
     const Extended Scaled = std::nearbyint(Value * 10000.0L);
     // 2^63 is exact in every long double; the check also rejects NaN.
     if (!(Scaled >= -9223372036854775808.0L && Scaled < 9223372036854775808.0L))
-        throw EWriteError(QStringLiteral("Currency value out of range"));
+        throw EWriteError(detail::Tr("qxnum::TWriter", "Currency value out of range"));
     quint8 B[9];
     B[0] = vaCurrency;
     qToLittleEndian<qint64>(static_cast<qint64>(Scaled), B + 1);
@@ -373,7 +241,7 @@ void TWriter::WriteString(const QString& Value) {
     for (qsizetype I = 0; I < Len; ++I)
         Or |= U[I];
     if (Len > std::numeric_limits<qint32>::max() / 3)
-        throw EWriteError(QStringLiteral("String too long for the stream"));
+        throw EWriteError(detail::Tr("qxnum::TWriter", "String too long for the stream"));
 
     if (Or < 0x80 && FStringMode <= smAnsi) {
         quint8 Head[5];
@@ -430,15 +298,15 @@ void TWriter::WriteString(const QString& Value) {
 
 void TWriter::SetStringMode(TStringMode Mode, int CodePage) {
     if (Mode == smAnsi && !detail::CodePageAvailable(CodePage))
-        throw Exception(QStringLiteral("Code page %1 is not available").arg(CodePage));
+        throw Exception(detail::Tr("qxnum::TWriter", "Code page %1 is not available").arg(CodePage));
     FStringMode = Mode;
     FCodePage = CodePage;
 }
 
 void TWriter::WriteShortStr(const QByteArray& Bytes) {
     if (Bytes.size() > 255)
-        throw EWriteError(
-            QStringLiteral("Name longer than 255 bytes: %1").arg(QString::fromUtf8(Bytes.left(40))));
+        throw EWriteError(detail::Tr("qxnum::TWriter", "Name longer than 255 bytes: %1")
+                              .arg(QString::fromUtf8(Bytes.left(40))));
     PutByte(static_cast<quint8>(Bytes.size()));
     Put(Bytes.constData(), Bytes.size());
 }
@@ -455,7 +323,8 @@ void TWriter::WriteIdent(const QString& Ident) {
         }
     }
     const QByteArray Bytes = Ident.toUtf8();
-    if (Bytes.size() > 255) throw EWriteError(QStringLiteral("Identifier longer than 255 bytes"));
+    if (Bytes.size() > 255)
+        throw EWriteError(detail::Tr("qxnum::TWriter", "Identifier longer than 255 bytes"));
     PutByte(vaIdent);
     WriteShortStr(Bytes);
 }
@@ -465,7 +334,7 @@ void TWriter::WriteSet(const QStringList& Names) {
     for (const QString& N : Names) {
         Encoded.append(N.toUtf8());
         if (Encoded.back().isEmpty() || Encoded.back().size() > 255)
-            throw EWriteError(QStringLiteral("Set element must have 1 to 255 bytes"));
+            throw EWriteError(detail::Tr("qxnum::TWriter", "Set element must have 1 to 255 bytes"));
     }
     PutByte(vaSet);
     for (const QByteArray& E : Encoded)
@@ -475,7 +344,7 @@ void TWriter::WriteSet(const QStringList& Names) {
 
 void TWriter::WriteBinary(const QByteArray& Data) {
     if (Data.size() > std::numeric_limits<qint32>::max())
-        throw EWriteError(QStringLiteral("Binary value too long for the stream"));
+        throw EWriteError(detail::Tr("qxnum::TWriter", "Binary value too long for the stream"));
     quint8 Head[5];
     Head[0] = vaBinary;
     qToLittleEndian<qint32>(static_cast<qint32>(Data.size()), Head + 1);
@@ -539,14 +408,15 @@ const quint8* TReader::Need(std::size_t Count) {
 }
 
 void TReader::ReadFailed(qint64 At) const {
-    throw EReadError(QStringLiteral("Stream read error at offset %1").arg(At), At);
+    throw EReadError(detail::Tr("qxnum::TReader", "Stream read error at offset %1").arg(At), At);
 }
 
 void TReader::InvalidValue(qint64 TagPos, quint8 Tag, const char* Expected) const {
-    throw EReadError(QStringLiteral("Invalid property value at offset %1: expected %2, found tag %3")
-                         .arg(TagPos)
-                         .arg(QLatin1String(Expected), TagText(Tag)),
-                     TagPos);
+    throw EReadError(
+        detail::Tr("qxnum::TReader", "Invalid property value at offset %1: expected %2, found tag %3")
+            .arg(TagPos)
+            .arg(detail::Tr("qxnum::TReader", Expected), TagText(Tag)),
+        TagPos);
 }
 
 bool TReader::AtEnd() {
@@ -559,11 +429,12 @@ void TReader::CheckLength(qint64 Count) {
     if (FSequential || !FStream) return;
     const qint64 Left = FStream->size() - Position();
     if (Count > Left)
-        throw EReadError(QStringLiteral("Stream read error at offset %1: %2 bytes declared, %3 left")
-                             .arg(Position())
-                             .arg(Count)
-                             .arg(std::max<qint64>(Left, 0)),
-                         Position());
+        throw EReadError(
+            detail::Tr("qxnum::TReader", "Stream read error at offset %1: %2 bytes declared, %3 left")
+                .arg(Position())
+                .arg(Count)
+                .arg(std::max<qint64>(Left, 0)),
+            Position());
 }
 
 void TReader::Read(void* Buf, qint64 Count) {
@@ -655,7 +526,9 @@ void TReader::ReadSignature() {
     char Sig[4];
     Read(Sig, 4);
     if (std::memcmp(Sig, "TPF0", 4) != 0)
-        throw EReadError(QStringLiteral("Invalid stream format at offset %1: no TPF0 signature").arg(At), At);
+        throw EReadError(
+            detail::Tr("qxnum::TReader", "Invalid stream format at offset %1: no TPF0 signature").arg(At),
+            At);
 }
 
 void TReader::ReadListBegin() {
@@ -726,7 +599,7 @@ double TReader::ReadDouble() {
     const quint8 Tag = NextValue();
     if (Tag == vaExtended) {
         ++FBufPos;
-        return DoubleFromExt(Unpack(Need(10)));
+        return ext80::DoubleFromExt(ext80::Unpack(Need(10)));
     }
     if (Tag == vaDouble) {
         ++FBufPos;
@@ -866,7 +739,7 @@ QByteArray TReader::ReadBinary() {
 
 void TReader::SetCodePage(int CodePage) {
     if (CodePage != 0 && !detail::CodePageAvailable(CodePage))
-        throw Exception(QStringLiteral("Code page %1 is not available").arg(CodePage));
+        throw Exception(detail::Tr("qxnum::TReader", "Code page %1 is not available").arg(CodePage));
     FCodePage = CodePage;
 }
 

@@ -2,6 +2,8 @@
 // rounded to cents on its decimal text, so "1.005" gives one cent however the binary value falls.
 #include <qxnum/numconv.h>
 
+#include "tr_p.h"
+
 #include <QStringList>
 
 #include <algorithm>
@@ -25,7 +27,7 @@ constexpr const char* Scales[7] = {"",         "thousand",    "million",    "bil
 const u128 CentLimit = static_cast<u128>(1000000000000000000ULL) * 100000ULL;
 
 [[noreturn]] void NotAnAmount(const QString& Amount) {
-    throw EConvertError(QStringLiteral("'%1' is not a valid amount").arg(Amount));
+    throw EConvertError(detail::Tr("qxnum::MoneyStr", "'%1' is not a valid amount").arg(Amount));
 }
 
 void AppendWord(QString& Out, const char* Word) {
@@ -156,14 +158,15 @@ QString MoneyStr(const QString& Amount) {
         const qint64 Shift = Exp + 2;
         const qint64 Kept = Digits.size() + std::min<qint64>(Shift, 0);
         if (Digits.size() + Shift > 23)
-            throw EConvertError(QStringLiteral("'%1' is too large an amount").arg(Amount));
+            throw EConvertError(detail::Tr("qxnum::MoneyStr", "'%1' is too large an amount").arg(Amount));
         for (qint64 J = 0; J < Kept; ++J)
             Cents = Cents * 10 + static_cast<unsigned>(Digits[J] - '0');
         for (qint64 J = 0; J < Shift; ++J)
             Cents *= 10;
         if (Kept >= 0 && Kept < Digits.size() && Digits[Kept] >= '5') ++Cents;
     }
-    if (Cents >= CentLimit) throw EConvertError(QStringLiteral("'%1' is too large an amount").arg(Amount));
+    if (Cents >= CentLimit)
+        throw EConvertError(detail::Tr("qxnum::MoneyStr", "'%1' is too large an amount").arg(Amount));
 
     const u128 Dollars = Cents / 100;
     const unsigned Rest = static_cast<unsigned>(Cents % 100);

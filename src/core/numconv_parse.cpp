@@ -3,6 +3,8 @@
 // strtold_l/strtod_l in the "C" locale, which round correctly for any length.
 #include <qxnum/numconv.h>
 
+#include "tr_p.h"
+
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -170,7 +172,8 @@ bool TryQX_StrToFloat(const QString& S, double& Value, const TFormatSettings& Se
 Extended QX_StrToFloat(const QString& S, const TFormatSettings& Settings) {
     Extended V = 0;
     if (!TryQX_StrToFloat(S, V, Settings))
-        throw EConvertError(QStringLiteral("'%1' is not a valid floating point value").arg(S));
+        throw EConvertError(
+            detail::Tr("qxnum::QX_StrToFloat", "'%1' is not a valid floating point value").arg(S));
     return V;
 }
 

@@ -6,6 +6,7 @@
 
 #include "qxnum/formatsettings.h"
 #include "qxnum/numconv.h"
+#include "tr_p.h"
 
 #include <muParser.h>
 
@@ -107,7 +108,7 @@ QString Quoted(QStringView Text) {
 // "<description>: <reason> at position <n>", n 1-based; no position part for Pos < 0.
 [[noreturn]] void Fail(const QString& Description, const QString& Reason, qsizetype Pos = -1) {
     QString Msg = Description.isEmpty() ? Reason : Description + QStringLiteral(": ") + Reason;
-    if (Pos >= 0) Msg += QStringLiteral(" at position %1").arg(Pos + 1);
+    if (Pos >= 0) Msg += detail::Tr("qxnum::TQXParser", " at position %1").arg(Pos + 1);
     throw EQXParserError(Msg);
 }
 
@@ -238,14 +239,17 @@ qsizetype TScanner::ReadNumber(qsizetype I) {
                                 ((S[I] == QLatin1Char('+') || S[I] == QLatin1Char('-')) &&
                                  (S[I - 1] == QLatin1Char('e') || S[I - 1] == QLatin1Char('E')))))
             ++I;
-        Error(QStringLiteral("invalid number %1").arg(Quoted(S.mid(Start, I - Start))), Start);
+        Error(detail::Tr("qxnum::TQXParser", "invalid number %1").arg(Quoted(S.mid(Start, I - Start))),
+              Start);
     }
     double Value = 0;
     const auto [End, Ec] = std::from_chars(Ascii.data(), Ascii.data() + Ascii.size(), Value);
     if (Ec == std::errc::result_out_of_range)
-        Error(QStringLiteral("number %1 out of range").arg(Quoted(S.mid(Start, I - Start))), Start);
+        Error(detail::Tr("qxnum::TQXParser", "number %1 out of range").arg(Quoted(S.mid(Start, I - Start))),
+              Start);
     if (Ec != std::errc() || End != Ascii.data() + Ascii.size())
-        Error(QStringLiteral("invalid number %1").arg(Quoted(S.mid(Start, I - Start))), Start);
+        Error(detail::Tr("qxnum::TQXParser", "invalid number %1").arg(Quoted(S.mid(Start, I - Start))),
+              Start);
     TToken T{tkNumber, Start, I - Start};
     T.Slot = static_cast<int>(Numbers.size());
     Numbers.push_back(Value);
@@ -264,7 +268,7 @@ qsizetype TScanner::ReadName(qsizetype I) {
     if (Call) {
         T.Kind = tkFunc;
         T.Func = FindFunc(Name);
-        if (T.Func < 0) Error(QStringLiteral("unknown function %1").arg(Quoted(Name)), Start);
+        if (T.Func < 0) Error(detail::Tr("qxnum::TQXParser", "unknown function %1").arg(Quoted(Name)), Start);
     } else if (EqualsAsciiNoCase(Name, "pi")) {
         // muparser's own _pi is not the double nearest to pi.
         T.Kind = tkConst;
@@ -302,7 +306,9 @@ void TScanner::Accept(TToken T) {
             // A function token is always followed by its "(", which opens the frame.
             if (T.Kind == tkOpen) {
                 if (static_cast<int>(Frames.size()) >= MaxNesting)
-                    Error(QStringLiteral("parentheses nested deeper than %1 levels").arg(MaxNesting), T.Pos);
+                    Error(detail::Tr("qxnum::TQXParser", "parentheses nested deeper than %1 levels")
+                              .arg(MaxNesting),
+                          T.Pos);
                 const bool Call = !Tokens.empty() && Tokens.back().Kind == tkFunc;
                 if (Call)
                     Frames.push_back({T.Pos, Tokens.back().Func, 1, Tokens.back().Pos, Tokens.back().Len});
@@ -317,10 +323,10 @@ void TScanner::Accept(TToken T) {
                 Tokens.push_back(T);
                 return;
             }
-            Error(QStringLiteral("unexpected %1").arg(TokenText(T)), T.Pos);
+            Error(detail::Tr("qxnum::TQXParser", "unexpected %1").arg(TokenText(T)), T.Pos);
         case tkClose:
         case tkSeparator:
-            Error(QStringLiteral("unexpected %1").arg(TokenText(T)), T.Pos);
+            Error(detail::Tr("qxnum::TQXParser", "unexpected %1").arg(TokenText(T)), T.Pos);
         }
     } else {
         switch (T.Kind) {
@@ -328,27 +334,27 @@ void TScanner::Accept(TToken T) {
             ExpectOperand = true;
             break;
         case tkClose: {
-            if (Frames.empty()) Error(QStringLiteral("unmatched ')'"), T.Pos);
+            if (Frames.empty()) Error(detail::Tr("qxnum::TQXParser", "unmatched ')'"), T.Pos);
             const TFrame F = Frames.back();
             Frames.pop_back();
             if (F.Func >= 0) {
                 const TFuncDef& D = Funcs[F.Func];
                 const QString Name = Quoted(S.mid(F.FuncPos, F.FuncLen));
                 if (F.Args < D.MinArgs)
-                    Error(QStringLiteral("too few arguments for %1").arg(Name), F.FuncPos);
+                    Error(detail::Tr("qxnum::TQXParser", "too few arguments for %1").arg(Name), F.FuncPos);
                 if (D.MaxArgs >= 0 && F.Args > D.MaxArgs)
-                    Error(QStringLiteral("too many arguments for %1").arg(Name), F.FuncPos);
+                    Error(detail::Tr("qxnum::TQXParser", "too many arguments for %1").arg(Name), F.FuncPos);
             }
             break;
         }
         case tkSeparator:
             if (Frames.empty() || Frames.back().Func < 0)
-                Error(QStringLiteral("unexpected %1").arg(TokenText(T)), T.Pos);
+                Error(detail::Tr("qxnum::TQXParser", "unexpected %1").arg(TokenText(T)), T.Pos);
             ++Frames.back().Args;
             ExpectOperand = true;
             break;
         default:
-            Error(QStringLiteral("missing operator before %1").arg(TokenText(T)), T.Pos);
+            Error(detail::Tr("qxnum::TQXParser", "missing operator before %1").arg(TokenText(T)), T.Pos);
         }
     }
     AfterSign = false;
@@ -356,10 +362,11 @@ void TScanner::Accept(TToken T) {
 }
 
 void TScanner::Finish() {
-    if (Tokens.empty()) Fail(FDescription, QStringLiteral("empty expression"));
+    if (Tokens.empty()) Fail(FDescription, detail::Tr("qxnum::TQXParser", "empty expression"));
     if (ExpectOperand)
-        Error(QStringLiteral("unexpected end of expression"), Tokens.back().Pos + Tokens.back().Len);
-    if (!Frames.empty()) Error(QStringLiteral("missing ')' for '('"), Frames.back().Pos);
+        Error(detail::Tr("qxnum::TQXParser", "unexpected end of expression"),
+              Tokens.back().Pos + Tokens.back().Len);
+    if (!Frames.empty()) Error(detail::Tr("qxnum::TQXParser", "missing ')' for '('"), Frames.back().Pos);
 }
 
 void TScanner::Run() {
@@ -384,7 +391,7 @@ void TScanner::Run() {
             Accept(TToken{tkSeparator, I, 1});
             ++I;
         } else {
-            Error(QStringLiteral("invalid character %1").arg(CharText(S, I)), I);
+            Error(detail::Tr("qxnum::TQXParser", "invalid character %1").arg(CharText(S, I)), I);
         }
     }
     Finish();
@@ -414,7 +421,8 @@ Extended TQXParser::TImpl::Calc() {
     Extended Exact = 0;
     if (!Trimmed.isEmpty() && TryQX_StrToFloat(Trimmed, Exact) && std::isfinite(Exact)) return Exact;
     if (Trimmed.size() > MaxExpressionLength)
-        Fail(Description, QStringLiteral("expression longer than %1 characters").arg(MaxExpressionLength));
+        Fail(Description,
+             detail::Tr("qxnum::TQXParser", "expression longer than %1 characters").arg(MaxExpressionLength));
 
     const QStringView S(Expression);
     TScanner Sc(Description, S);
@@ -431,10 +439,12 @@ Extended TQXParser::TImpl::Calc() {
         bool Found = false;
         if (OnCheckVariable) OnCheckVariable(Owner, Name, V, Found);
         if (!Found)
-            Fail(Description, QStringLiteral("unknown identifier %1").arg(Quoted(Name)), Sc.IdentPos[K]);
+            Fail(Description, detail::Tr("qxnum::TQXParser", "unknown identifier %1").arg(Quoted(Name)),
+                 Sc.IdentPos[K]);
         const double D = static_cast<double>(V);
         if (!std::isfinite(D))
-            Fail(Description, QStringLiteral("identifier %1 has no finite value").arg(Quoted(Name)),
+            Fail(Description,
+                 detail::Tr("qxnum::TQXParser", "identifier %1 has no finite value").arg(Quoted(Name)),
                  Sc.IdentPos[K]);
         Slots[NumberCount + K] = D;
     }
@@ -491,14 +501,16 @@ Extended TQXParser::TImpl::Calc() {
         const int At = E.GetPos();
         for (const TToken& T : Sc.Tokens)
             if (At >= 0 && T.RenderPos <= static_cast<std::size_t>(At)) Pos = T.Pos;
-        Fail(Description, QStringLiteral("invalid expression (%1)").arg(QString::fromStdString(E.GetMsg())),
-             Pos);
+        Fail(
+            Description,
+            detail::Tr("qxnum::TQXParser", "invalid expression (%1)").arg(QString::fromStdString(E.GetMsg())),
+            Pos);
     }
     // Flags also catch intermediate faults that a finite end result would hide, as in 1/(1/0).
-    if (Raised & FE_DIVBYZERO) Fail(Description, QStringLiteral("division by zero"));
-    if (Raised & FE_INVALID) Fail(Description, QStringLiteral("undefined result"));
+    if (Raised & FE_DIVBYZERO) Fail(Description, detail::Tr("qxnum::TQXParser", "division by zero"));
+    if (Raised & FE_INVALID) Fail(Description, detail::Tr("qxnum::TQXParser", "undefined result"));
     if ((Raised & FE_OVERFLOW) || !std::isfinite(Result))
-        Fail(Description, QStringLiteral("result out of range"));
+        Fail(Description, detail::Tr("qxnum::TQXParser", "result out of range"));
     return Result;
 }
 

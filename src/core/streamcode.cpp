@@ -1,6 +1,8 @@
 #include <qxnum/dialogs.h>
 #include <qxnum/streamcode.h>
 
+#include "tr_p.h"
+
 namespace qxnum {
 
 void WriteStreamCode(TWriter& Writer, const TStreamCode& Code) {
@@ -42,7 +44,8 @@ bool SkipStreamUntilCode(TReader& Reader, const TStreamCode& Code, const QString
             }
         } while (!StreamCodesEqual(Acc, Code) && F4Count <= MaxF4Count && Total <= MaxTotal);
     } catch (const EReadError&) {
-        MessageDlg(QStringLiteral("Error reading Stream code in\r\n") + Context, mtError, mbOK);
+        MessageDlg(detail::Tr("qxnum::StreamCode", "Error reading Stream code in\r\n") + Context, mtError,
+                   mbOK);
         return false;
     }
     return F4Count <= MaxF4Count && Total <= MaxTotal;

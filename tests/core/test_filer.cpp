@@ -1,6 +1,7 @@
 #include <qxnum/filer.h>
 
 #include "pipedevice.h"
+#include "throwmsg.h"
 
 #include <QBuffer>
 #include <QDate>
@@ -50,7 +51,7 @@ QByteArray ExtBytes(Extended V) {
 
 TExt80Bytes Ext(bool Negative, quint16 Exponent, quint64 Mantissa) {
     TExt80Bytes B;
-    for (int I = 0; I < 8; ++I)
+    for (std::size_t I = 0; I < 8; ++I)
         B[I] = static_cast<quint8>(Mantissa >> (8 * I));
     const quint16 SE = static_cast<quint16>((Negative ? 0x8000 : 0) | Exponent);
     B[8] = static_cast<quint8>(SE);
@@ -73,7 +74,7 @@ void ReadEverything(const QByteArray& Data) {
     for (int Step = 0; Step < 100000 && !R.AtEnd(); ++Step) {
         const qint64 Before = R.Position();
         try {
-            Reads[Step % std::size(Reads)](R);
+            Reads[static_cast<std::size_t>(Step) % std::size(Reads)](R);
         } catch (const EReadError&) {
             if (R.Position() == Before) R.ReadByte(); // make progress past a refused tag
         }
@@ -201,7 +202,7 @@ TEST(FilerRead, IntegersAndTheirTolerance) {
         if (C.Value <= std::numeric_limits<int>::max()) {
             EXPECT_EQ(R2.ReadInteger(), C.Value) << C.Bytes;
         } else {
-            EXPECT_THROW(R2.ReadInteger(), EReadError) << C.Bytes;
+            EXPECT_THROW_MSG(R2.ReadInteger(), EReadError, "Invalid property value");
         }
         EXPECT_EQ(R3.ReadFloat(), static_cast<Extended>(C.Value)) << C.Bytes;
     }
@@ -222,17 +223,17 @@ TEST(FilerRead, WrongTagNamesOffsetAndKindAndStaysUnread) {
         EXPECT_EQ(E.Offset(), 2);
     }
     EXPECT_EQ(R.NextValue(), vaString);
-    EXPECT_THROW(R.ReadFloat(), EReadError);
+    EXPECT_THROW_MSG(R.ReadFloat(), EReadError, "expected a float, found tag 06 (vaString)");
     // SkipValue too leaves an unknown tag unread, also inside a list.
     for (const char* Bytes : {"42", "01020742"}) {
         TSource U(Hex(Bytes));
         TReader RU(&U.Buf);
-        EXPECT_THROW(RU.SkipValue(), EReadError);
+        EXPECT_THROW_MSG(RU.SkipValue(), EReadError, "Invalid property value");
         EXPECT_EQ(RU.Position(), Hex(Bytes).size() - 1) << Bytes;
         EXPECT_EQ(RU.ReadByte(), 0x42);
     }
-    EXPECT_THROW(R.ReadBoolean(), EReadError);
-    EXPECT_THROW(R.ReadListBegin(), EReadError);
+    EXPECT_THROW_MSG(R.ReadBoolean(), EReadError, "offset 2: expected a boolean");
+    EXPECT_THROW_MSG(R.ReadListBegin(), EReadError, "offset 2: expected a list begin");
     EXPECT_EQ(R.ReadString(), "a");
     EXPECT_TRUE(R.AtEnd());
     try {
@@ -300,7 +301,7 @@ TEST(FilerRead, ChosenCodePageDecodesEightBitText) {
         EXPECT_TRUE(CodePageAvailable(Cp)) << Cp;
     TSource S(Hex("0600"));
     TReader R(&S.Buf);
-    EXPECT_THROW(R.SetCodePage(12345), Exception);
+    EXPECT_THROW_MSG(R.SetCodePage(12345), Exception, "Code page 12345 is not available");
     EXPECT_EQ(R.CodePage(), 0);
     if (CodePageAvailable(936)) { // GBK through Qt, when Qt has it
         TSource G(Hex("0604d6d0cec4"));
@@ -363,7 +364,7 @@ TEST(FilerRead, IdentSetBinaryDateCurrencySingleSignature) {
 
     TSource Bad(Hex("54504631"));
     TReader R2(&Bad.Buf);
-    EXPECT_THROW(R2.ReadSignature(), EReadError);
+    EXPECT_THROW_MSG(R2.ReadSignature(), EReadError, "no TPF0 signature");
 }
 
 // --- 80-bit patterns ----------------------------------------------------------------------------
@@ -558,7 +559,7 @@ TEST(FilerRead, LyingLengthsAreErrorsNotAllocations) {
         }
         TSource S2(Hex(C));
         TReader R2(&S2.Buf);
-        EXPECT_THROW(R2.SkipValue(), EReadError) << C;
+        EXPECT_THROW_MSG(R2.SkipValue(), EReadError, "Stream read error");
     }
 }
 
@@ -574,7 +575,7 @@ TEST(FilerRead, DeepNestingAndCollections) {
     {
         TSource S(QByteArray(Depth, '\x01'));
         TReader R(&S.Buf);
-        EXPECT_THROW(R.SkipValue(), EReadError);
+        EXPECT_THROW_MSG(R.SkipValue(), EReadError, "Stream read error");
     }
     // A collection: items with and without an index, each a list of named properties.
     TSource S(Hex("0e 020501 0141 0201 0142 01 0603616263 00 00 01 00 00 09"));
@@ -637,10 +638,12 @@ TEST(FilerBuffering, WriterPositionFlushAndErrors) {
     ReadOnly.open(QIODevice::ReadOnly);
     TWriter Bad(&ReadOnly);
     Bad.WriteBoolean(true);
-    EXPECT_THROW(Bad.FlushBuffer(), EWriteError);
-    EXPECT_THROW(Written([](TWriter& W2) { W2.WriteCurrency(std::numeric_limits<Extended>::quiet_NaN()); }),
-                 EWriteError);
-    EXPECT_THROW(Written([](TWriter& W2) { W2.WriteIdent(QString(256, 'a')); }), EWriteError);
+    EXPECT_THROW_MSG(Bad.FlushBuffer(), EWriteError, "Stream write error");
+    EXPECT_THROW_MSG(
+        Written([](TWriter& W2) { W2.WriteCurrency(std::numeric_limits<Extended>::quiet_NaN()); }),
+        EWriteError, "Currency value out of range");
+    EXPECT_THROW_MSG(Written([](TWriter& W2) { W2.WriteIdent(QString(256, 'a')); }), EWriteError,
+                     "Identifier longer than 255 bytes");
 }
 
 TEST(FilerDate, DaysSince18991230) {
@@ -693,9 +696,10 @@ TEST(FilerHostile, RandomAndMutatedStreamsOnlyRaiseReadErrors) {
             for (char& C : Data)
                 C = static_cast<char>(Rng() % 3 ? Rng() % 0x17 : Rng());
         } else {
-            Data = Valid.left(static_cast<qsizetype>(Rng() % (Valid.size() + 1)));
+            Data = Valid.left(static_cast<qsizetype>(Rng() % static_cast<quint64>(Valid.size() + 1)));
             for (int K = 0; K < 3 && !Data.isEmpty(); ++K)
-                Data[Rng() % Data.size()] = static_cast<char>(Rng());
+                Data[static_cast<qsizetype>(Rng() % static_cast<quint64>(Data.size()))] =
+                    static_cast<char>(Rng());
         }
         ASSERT_NO_THROW(ReadEverything(Data)) << Data.toHex().constData();
     }

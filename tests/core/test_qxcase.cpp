@@ -152,8 +152,9 @@ TEST(QxcaseDump, SurvivesBrokenNestedAndMutatedStreams) {
     for (int Round = 0; Round < 1500; ++Round) {
         QByteArray M = Full;
         for (int E = 0, Edits = 1 + static_cast<int>(Rng() % 4); E < Edits; ++E)
-            M[Rng() % M.size()] = static_cast<char>(Rng() & 0xFF);
-        if (Round % 3 == 0) M.truncate(static_cast<qsizetype>(Rng() % M.size()));
+            M[static_cast<qsizetype>(Rng() % static_cast<quint64>(M.size()))] =
+                static_cast<char>(Rng() & 0xFF);
+        if (Round % 3 == 0) M.truncate(static_cast<qsizetype>(Rng() % static_cast<quint64>(M.size())));
         QString Out, Error;
         const bool Ok = qxcase::DumpStream(M, Out, Error);
         EXPECT_EQ(Ok, Error.isEmpty()) << Round;
