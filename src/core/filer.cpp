@@ -220,17 +220,21 @@ void TWriter::WriteDate(double Days) {
     Put(B, 9);
 }
 
-void TWriter::Write8Bit(const char* Text, qsizetype Len) {
-    quint8 Head[5];
+// The tag and length of an 8-bit string: the short form up to 255 bytes, else the long one.
+static qsizetype EightBitHead(qsizetype Len, quint8* Head) {
     if (Len <= 255) {
         Head[0] = vaString;
         Head[1] = static_cast<quint8>(Len);
-        Put(Head, 2);
-    } else {
-        Head[0] = vaLString;
-        qToLittleEndian<qint32>(static_cast<qint32>(Len), Head + 1);
-        Put(Head, 5);
+        return 2;
     }
+    Head[0] = vaLString;
+    qToLittleEndian<qint32>(static_cast<qint32>(Len), Head + 1);
+    return 5;
+}
+
+void TWriter::Write8Bit(const char* Text, qsizetype Len) {
+    quint8 Head[5];
+    Put(Head, EightBitHead(Len, Head));
     Put(Text, Len);
 }
 
@@ -245,15 +249,7 @@ void TWriter::WriteString(const QString& Value) {
 
     if (Or < 0x80 && FStringMode <= smAnsi) {
         quint8 Head[5];
-        if (Len <= 255) {
-            Head[0] = vaString;
-            Head[1] = static_cast<quint8>(Len);
-            Put(Head, 2);
-        } else {
-            Head[0] = vaLString;
-            qToLittleEndian<qint32>(static_cast<qint32>(Len), Head + 1);
-            Put(Head, 5);
-        }
+        Put(Head, EightBitHead(Len, Head));
         if (static_cast<std::size_t>(Len) <= FBuffer.size() - FBufPos) {
             quint8* D = FBuffer.data() + FBufPos;
             for (qsizetype I = 0; I < Len; ++I)
