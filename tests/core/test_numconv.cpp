@@ -590,7 +590,7 @@ protected:
 
 TEST_F(ExtendedDigits, RandomBitPatterns) {
     for (int I = 0; I < 100000; ++I) // every exponent
-        Check(FromBits(Rng() | (1ULL << 63), static_cast<unsigned>(1 + Rng() % 32766) | ((Rng() & 1) << 15)));
+        Check(FromBits(Rng() | (1ULL << 63), static_cast<unsigned>((1 + Rng() % 32766) | ((Rng() & 1) << 15))));
     for (int I = 0; I < 60000; ++I) // the decades people use
         Check(FromBits(Rng() | (1ULL << 63), static_cast<unsigned>(16383 - 80 + Rng() % 160)));
     for (int I = 0; I < 20000; ++I) { // denormals, short and long
