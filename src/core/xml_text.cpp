@@ -256,9 +256,12 @@ bool AttrValueIs(const char* Raw, std::string_view Value) {
 }
 
 std::size_t FindBadCharRef(std::string_view Raw) {
+    // An unfinished reference at the end of a text would become a reference once an edit joins it
+    // to the next text, and the saved document would no longer load.
+    if (Raw.ends_with('&')) return Raw.size() - 1;
     for (std::size_t I = Raw.find("&#"); I != std::string_view::npos; I = Raw.find("&#", I + 2)) {
         const std::size_t Semi = Raw.find(';', I + 2);
-        if (Semi == std::string_view::npos) return std::string_view::npos;
+        if (Semi == std::string_view::npos) return I;
         const long long V = CharRefValue(Raw.substr(I + 1, Semi - I - 1));
         if (V != NoCharRef && !IsCharRefAllowed(V)) return I;
     }
