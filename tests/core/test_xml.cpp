@@ -177,6 +177,9 @@ TEST(XmlDocument, MalformedInputReportsWhereAndKeepsTheDocument) {
         {"<a>&#xD800;</a>", 1, 4, "character reference"},
         {"<a>&#99999999999;</a>", 1, 4, "character reference"},
         {"<a>\n <b c='&#xDFFF;'/></a>", 2, 3, "character reference"},
+        // Unfinished references that deleting <b/> would complete.
+        {"<a>&#xEE<b/>EEE1;</a>", 1, 4, "character reference"},
+        {"<a>x &<b/>#xD800;</a>", 1, 6, "character reference"},
         {QByteArray("<a>").repeated(1001) + QByteArray("</a>").repeated(1001), 1, 3001,
          "nested deeper than 1000"},
     };
