@@ -77,6 +77,52 @@ enum TComboBoxStyle : quint8 { csDropDown, csSimple, csDropDownList, csOwnerDraw
 QXNUM_ENUM_NAMES(TComboBoxStyle, "csDropDown", "csSimple", "csDropDownList", "csOwnerDrawFixed",
                  "csOwnerDrawVariable")
 
+// Alignment of a grid column's cells and titles.
+enum TAlignment : quint8 { taLeftJustify, taRightJustify, taCenter };
+QXNUM_ENUM_NAMES(TAlignment, "taLeftJustify", "taRightJustify", "taCenter")
+
+// Input-method mode of a grid column; stored for the host, the grid attaches no behaviour to it.
+enum TImeMode : quint8 {
+    imDisable,
+    imClose,
+    imOpen,
+    imDontCare,
+    imSAlpha,
+    imAlpha,
+    imHira,
+    imSKata,
+    imKata,
+    imChinese,
+    imSHanguel,
+    imHanguel
+};
+QXNUM_ENUM_NAMES(TImeMode, "imDisable", "imClose", "imOpen", "imDontCare", "imSAlpha", "imAlpha", "imHira",
+                 "imSKata", "imKata", "imChinese", "imSHanguel", "imHanguel")
+
+// How a grid fits its columns to its width.
+enum TColStretchOption : quint8 { csoAutoStretch = 1, csoAllowShrink = 2, csoLastColOnly = 4 };
+Q_DECLARE_FLAGS(TColStretchOptions, TColStretchOption)
+
+// The options of a grid, with the bit values of the original string grid.
+enum TGridOption : quint32 {
+    goFixedVertLine = 1,
+    goFixedHorzLine = 2,
+    goVertLine = 4,
+    goHorzLine = 8,
+    goRangeSelect = 16,
+    goDrawFocusSelected = 32,
+    goRowSizing = 64,
+    goColSizing = 128,
+    goRowMoving = 256,
+    goColMoving = 512,
+    goEditing = 1024,
+    goTabs = 2048,
+    goRowSelect = 4096,
+    goAlwaysShowEditor = 8192,
+    goThumbTracking = 16384
+};
+Q_DECLARE_FLAGS(TGridOptions, TGridOption)
+
 Q_ENUM_NS(TParType)
 Q_ENUM_NS(TUnitSystem)
 Q_ENUM_NS(TNumericType)
@@ -84,5 +130,12 @@ Q_ENUM_NS(TDataType)
 Q_ENUM_NS(TLabelPosition)
 Q_ENUM_NS(TCheckBoxState)
 Q_ENUM_NS(TComboBoxStyle)
+Q_ENUM_NS(TAlignment)
+Q_ENUM_NS(TImeMode)
+Q_FLAG_NS(TColStretchOptions)
+Q_FLAG_NS(TGridOptions)
 
 } // namespace qxnum
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(qxnum::TColStretchOptions)
+Q_DECLARE_OPERATORS_FOR_FLAGS(qxnum::TGridOptions)

@@ -6,5 +6,7 @@
 #include <qxnum/widgets/fieldbase.h>
 #include <qxnum/widgets/fields.h>
 #include <qxnum/widgets/numedit.h>
+#include <qxnum/widgets/numcolumn.h>
 #include <qxnum/widgets/numfld.h>
+#include <qxnum/widgets/numgrid.h>
 #include <qxnum/widgets/numinp.h>

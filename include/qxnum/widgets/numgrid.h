@@ -1,0 +1,344 @@
+// The numeric grid: a grid of text cells whose columns (TNumColumn) say how the text is read as a
+// number, with row operations, cell checks, change tracking and the field contract.
+//
+// Cells
+//   A cell holds text only, always in its column's display units; values are derived from the
+//   text on demand (GetDValues, GetCValues, GetIntValues). Row 0 is the title row when FixedRows
+//   > 0 (ResetTitles writes each column's TitleString there); data rows are FixedRows ..
+//   RowCount - 1. There is one TNumColumn per grid column, fixed columns included; changing
+//   ColCount adds or removes columns at the end. Check-box columns hold "TRUE" / "FALSE".
+//   New grids have 5 columns, 5 rows, 1 fixed column, 1 fixed row and two title lines.
+//
+// Messages (through MessageDlg, error type with OK) end in "\r\n" + "in " + the name of the form
+//   or frame the grid sits in. A cell that is no valid number is reported once, the focus returns
+//   to it and its text is kept; CheckAllCells, CheckRow and OkChanges stop at the first such cell.
+//   Out-of-range numbers are clamped by their column, silently.
+//
+// Files (field contract)
+//   XML: "Delimiter", "Colcount", "Rowcount", "Cols" ("Units", "StringCols", with StoreParTypes
+//   "ParTypes") and "Rows" with one "Row"NN element per row, cells joined by ";". Stream record:
+//   RowCount, ColCount, the unit systems and string flags of the columns, every cell's text row
+//   by row, Visible, Enabled. The stored text is what the cells show, with each column's unit
+//   system, so the two always agree; reading restores the unit systems without converting.
+//   Reads are all-or-nothing: the whole section is read and checked before the grid changes, so a
+//   read that raises (EReadError, EConvertError) leaves the grid as it was. Counts are bounded:
+//   more than MaxCellCount() cells, a negative count or a row name beyond the stored rows raise
+//   instead of allocating.
+//
+// View
+//   A virtualized scroll area: painting and scrolling cost the same whatever the row count. Fixed
+//   rows and columns stay in view and are drawn as headers; the current cell and the selection are
+//   highlighted (HighLightSelect). Keys as in spreadsheets: arrows, Tab / Shift+Tab, Home / End,
+//   Ctrl+Home / Ctrl+End, PgUp / PgDn; F2, Enter or typing starts the in-place editor, Enter
+//   commits and moves down, Escape cancels. The editor of a numeric column follows the numeric
+//   edit's keystroke rules for the column. Space and a click toggle a check-box cell.
+#pragma once
+
+#include <qxnum/widgets/fieldbase.h>
+#include <qxnum/widgets/numcolumn.h>
+
+#include <QAbstractScrollArea>
+#include <QFont>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+namespace qxnum {
+
+class TNumGridPrivate;
+
+using TCellChangeEvent = std::function<void(QObject* Sender, int ACol, int ARow, int OldCol, int OldRow)>;
+using TCellTxtChangeEvent = std::function<void(QObject* Sender, int ACol, int ARow, const QString& OldTxt)>;
+using TRowEvent = std::function<void(QObject* Sender, int ARow)>;
+// The text the in-place editor starts with for cell (ACol, ARow); Value holds the cell text.
+using TGetEditEvent = std::function<void(QObject* Sender, int ACol, int ARow, QString& Value)>;
+
+class QXNUM_WIDGETS_EXPORT TNumGrid : public QAbstractScrollArea, public TFieldBase {
+    Q_OBJECT
+    Q_INTERFACES(qxnum::INumFld)
+    QXNUM_FIELD_PROPERTIES
+    Q_PROPERTY(int ColCount READ ColCount WRITE SetColCount)
+    Q_PROPERTY(int RowCount READ RowCount WRITE SetRowCount)
+    Q_PROPERTY(int FixedCols READ FixedCols WRITE SetFixedCols)
+    Q_PROPERTY(int FixedRows READ FixedRows WRITE SetFixedRows)
+    Q_PROPERTY(int Col READ Col WRITE SetCol)
+    Q_PROPERTY(int Row READ Row WRITE SetRow)
+    Q_PROPERTY(qxnum::TGridOptions Options READ Options WRITE SetOptions)
+    Q_PROPERTY(int DefaultColWidth READ DefaultColWidth WRITE SetDefaultColWidth)
+    Q_PROPERTY(int DefaultRowHeight READ DefaultRowHeight WRITE SetDefaultRowHeight)
+    Q_PROPERTY(QColor FixedColor READ FixedColor WRITE SetFixedColor)
+    Q_PROPERTY(QStringList ColFormats READ ColFormats WRITE SetColFormats)
+    Q_PROPERTY(bool ConfirmDelete READ ConfirmDelete WRITE SetConfirmDelete)
+    Q_PROPERTY(bool RowCountFixed READ RowCountFixed WRITE SetRowCountFixed)
+    Q_PROPERTY(bool AutoAddRow READ AutoAddRow WRITE SetAutoAddRow)
+    Q_PROPERTY(bool InsertCopyRow READ InsertCopyRow WRITE SetInsertCopyRow)
+    Q_PROPERTY(bool AlwaysPasteFromLeftCol READ AlwaysPasteFromLeftCol WRITE SetAlwaysPasteFromLeftCol)
+    Q_PROPERTY(bool ClearLastDelRow READ ClearLastDelRow WRITE SetClearLastDelRow)
+    Q_PROPERTY(bool Extrapolate READ Extrapolate WRITE SetExtrapolate)
+    Q_PROPERTY(bool AllowDataDialog READ AllowDataDialog WRITE SetAllowDataDialog)
+    Q_PROPERTY(bool AllowPaste READ AllowPaste WRITE SetAllowPaste)
+    Q_PROPERTY(bool ReadColTitlesFromStream READ ReadColTitlesFromStream WRITE SetReadColTitlesFromStream)
+    Q_PROPERTY(qxnum::TColStretchOptions ColStretchOptions READ ColStretchOptions WRITE SetColStretchOptions)
+    Q_PROPERTY(QFont TitleFont READ TitleFont WRITE SetTitleFont)
+    Q_PROPERTY(int TitleLineCount READ TitleLineCount WRITE SetTitleLineCount)
+    Q_PROPERTY(bool StoreParTypes READ StoreParTypes WRITE SetStoreParTypes)
+    Q_PROPERTY(bool HighLightSelect READ HighLightSelect WRITE SetHighLightSelect)
+    Q_PROPERTY(bool IgnoreColCountRead READ IgnoreColCountRead WRITE SetIgnoreColCountRead)
+    Q_PROPERTY(bool IgnoreRowCountRead READ IgnoreRowCountRead WRITE SetIgnoreRowCountRead)
+    Q_PROPERTY(bool IgnoreColPropsRead READ IgnoreColPropsRead WRITE SetIgnoreColPropsRead)
+
+public:
+    explicit TNumGrid(QWidget* Owner = nullptr);
+    ~TNumGrid() override;
+
+    // The largest ColCount x RowCount a file may ask for (10,000,000 cells).
+    static qint64 MaxCellCount();
+
+    TNumColumns* Columns() const;
+
+    // --- The string grid ---
+    int ColCount() const;
+    void SetColCount(int AValue);
+    int RowCount() const;
+    void SetRowCount(int AValue);
+    int FixedCols() const;
+    void SetFixedCols(int AValue);
+    int FixedRows() const;
+    void SetFixedRows(int AValue);
+    // The current cell. Setting it moves the current cell as a click would (CheckCellChange).
+    int Col() const;
+    void SetCol(int AValue);
+    int Row() const;
+    void SetRow(int AValue);
+    // Empty text outside the grid; setting outside the grid does nothing.
+    QString Cells(int ACol, int ARow) const;
+    void SetCells(int ACol, int ARow, const QString& Value);
+    // One row's texts, column 0 first; setting takes at most ColCount texts.
+    QStringList Rows(int ARow) const;
+    void SetRows(int ARow, const QStringList& Value);
+    // Not owned; initialisation and restoration clear them.
+    QObject* Objects(int ACol, int ARow) const;
+    void SetObjects(int ACol, int ARow, QObject* Value);
+    void MoveRow(int FromIndex, int ToIndex);
+    void MoveColumn(int FromIndex, int ToIndex);
+    void DeleteRow(int ARow);
+    int ColWidths(int ACol) const;
+    void SetColWidths(int ACol, int AValue);
+    int RowHeights(int ARow) const;
+    void SetRowHeights(int ARow, int AValue);
+    int DefaultColWidth() const;
+    void SetDefaultColWidth(int AValue);
+    int DefaultRowHeight() const;
+    void SetDefaultRowHeight(int AValue);
+    QColor FixedColor() const;
+    void SetFixedColor(const QColor& AValue);
+    TGridOptions Options() const;
+    void SetOptions(TGridOptions AValue);
+    // First data row and column shown below and right of the fixed ones.
+    int TopRow() const;
+    void SetTopRow(int AValue);
+    int LeftCol() const;
+    void SetLeftCol(int AValue);
+    // Rows and columns that fit completely into the scrolling part of the viewport.
+    int VisibleRowCount() const;
+    int VisibleColCount() const;
+    // Viewport rectangle of a cell; empty when the cell is not in view.
+    QRect CellRect(int ACol, int ARow) const;
+    // The cell under a viewport position; false when there is none.
+    bool MouseToCell(const QPoint& Pos, int& ACol, int& ARow) const;
+    // The in-place editor.
+    bool EditorMode() const;
+    void SetEditorMode(bool AValue);
+    void ShowEditor();
+    void HideEditor();
+
+    // --- Cell values ---
+    bool GetValueFromCell(int ACol, int ARow, Extended& Value, bool Scaled);
+    Extended GetDValues(int ACol, int ARow);
+    void SetDValues(int ACol, int ARow, Extended Value);
+    Extended GetCValues(int ACol, int ARow);
+    void SetCValues(int ACol, int ARow, Extended Value);
+    int GetIntValues(int ACol, int ARow);
+    void SetIntValues(int ACol, int ARow, int Value);
+
+    // --- Check boxes ---
+    static bool StringCheckedStatus(const QString& S);
+    bool CheckedStatus(int ACol, int ARow) const;
+    void SetCheckedStatus(int ACol, int ARow, bool Checked);
+    void ToggleCheckedStatus(int ACol, int ARow);
+
+    // --- Rows and columns ---
+    void InitCells();
+    virtual void InitCol(int ACol);
+    virtual void InitRow(int ARow);
+    virtual void InsCopyRow(int ARow);
+    virtual void InsertRow(int ARow);
+    void ClearRow(int ARow);
+    void DeleteARow(int ARow);
+    void InsertCol(int ACol);
+
+    // --- Titles and refresh ---
+    void ResetTitles();
+    void GridStringsChanged(QObject* Sender = nullptr);
+    void BeginUpdate();
+    void EndUpdate();
+    bool IsUpdating() const;
+    QStringList ColFormats() const;
+    void SetColFormats(const QStringList& List);
+
+    // --- Checks ---
+    virtual bool CheckCell(int ACol, int ARow);
+    virtual bool CheckRow(int ARow);
+    bool CheckAllCells();
+    virtual bool CheckGrid();
+
+    // --- Field contract ---
+    bool HasChanged() override;
+    void SetCopyValue() override;
+    void RestoreCopyValue() override;
+    void OkChanges() override;
+    void SetFormCreateVal() override;
+    void ResetToFormCreateVal() override;
+    bool GetReadOnly() const override;
+    void SkipfromStream(TReader& Reader) override;
+    bool XmlValueChanged(TXmlNode ParentXmlNode) override;
+    QVariant GetVariantValue() override;
+    QString GetValueText() override;
+    QString GetXMLValueText(TXmlNode ParentXmlNode) override;
+    // From another TNumGrid: counts and every cell's text, then CheckAllCells. Any other source
+    // raises EConvertError.
+    void Assign(const QObject* Source);
+
+    // --- Flags ---
+    bool ConfirmDelete() const;
+    void SetConfirmDelete(bool AValue);
+    bool RowCountFixed() const;
+    void SetRowCountFixed(bool AValue);
+    // Down on the last row appends a row (InsertRow).
+    bool AutoAddRow() const;
+    void SetAutoAddRow(bool AValue);
+    bool InsertCopyRow() const;
+    void SetInsertCopyRow(bool AValue);
+    bool AlwaysPasteFromLeftCol() const;
+    void SetAlwaysPasteFromLeftCol(bool AValue);
+    bool ClearLastDelRow() const;
+    void SetClearLastDelRow(bool AValue);
+    bool Extrapolate() const;
+    void SetExtrapolate(bool AValue);
+    bool AllowDataDialog() const;
+    void SetAllowDataDialog(bool AValue);
+    bool AllowPaste() const;
+    void SetAllowPaste(bool AValue);
+    bool ReadColTitlesFromStream() const;
+    void SetReadColTitlesFromStream(bool AValue);
+    TColStretchOptions ColStretchOptions() const;
+    void SetColStretchOptions(TColStretchOptions AValue);
+    QFont TitleFont() const;
+    void SetTitleFont(const QFont& AValue);
+    int TitleLineCount() const;
+    void SetTitleLineCount(int AValue);
+    bool StoreParTypes() const;
+    void SetStoreParTypes(bool AValue);
+    bool HighLightSelect() const;
+    void SetHighLightSelect(bool AValue);
+    bool IgnoreColCountRead() const;
+    void SetIgnoreColCountRead(bool AValue);
+    bool IgnoreRowCountRead() const;
+    void SetIgnoreRowCountRead(bool AValue);
+    bool IgnoreColPropsRead() const;
+    void SetIgnoreColPropsRead(bool AValue);
+    // True while InitCells runs, while a stream is read, between BeginUpdate and EndUpdate.
+    bool InitializingCells() const;
+    bool ReadingFromStream() const;
+
+    // --- Events ---
+    TCellChangeEvent OnCellChange() const;
+    void SetOnCellChange(TCellChangeEvent AEvent);
+    TCellTxtChangeEvent OnCellTxtChange() const;
+    void SetOnCellTxtChange(TCellTxtChangeEvent AEvent);
+    TRowEvent OnRowEdit() const;
+    void SetOnRowEdit(TRowEvent AEvent);
+    TRowEvent OnCancel() const;
+    void SetOnCancel(TRowEvent AEvent);
+    TRowEvent OnRefresh() const;
+    void SetOnRefresh(TRowEvent AEvent);
+    TRowEvent OnPost() const;
+    void SetOnPost(TRowEvent AEvent);
+    TRowEvent OnNewRow() const;
+    void SetOnNewRow(TRowEvent AEvent);
+    TRowEvent AfterDeleteRow() const;
+    void SetAfterDeleteRow(TRowEvent AEvent);
+    TRowEvent BeforeDeleteRow() const;
+    void SetBeforeDeleteRow(TRowEvent AEvent);
+    TRowEvent AfterInitRow() const;
+    void SetAfterInitRow(TRowEvent AEvent);
+    TNotifyEvent AfterClear() const;
+    void SetAfterClear(TNotifyEvent AEvent);
+    TNotifyEvent OnColWidthsChanged() const;
+    void SetOnColWidthsChanged(TNotifyEvent AEvent);
+    TGetEditEvent OnGetCellText() const;
+    void SetOnGetCellText(TGetEditEvent AEvent);
+    TCellChangeEvent AfterPaste() const;
+    void SetAfterPaste(TCellChangeEvent AEvent);
+
+    // Set by OkChanges when the grid had changed; cleared by every read.
+    using TFieldBase::ChangedAfterOK;
+
+Q_SIGNALS:
+    // The current cell moved (after OnCellChange).
+    void currentCellChanged(int ACol, int ARow, int OldCol, int OldRow);
+    // A cell's text was changed by the user's edit (after OnCellTxtChange).
+    void cellTextChanged(int ACol, int ARow, const QString& OldTxt);
+
+protected:
+    // The column collection; a descendant returns its own column class here. Called once, from
+    // the constructor's end through Columns(), so an override is honoured.
+    virtual TNumColumns* CreateColumns();
+
+    // Moves the current cell to (ACol, ARow) when the cell may be selected; false when it may not.
+    virtual bool SelectCell(int ACol, int ARow);
+    // Whether the in-place editor may open on the current cell.
+    virtual bool CanEditShow() const;
+    virtual bool CanEditModify() const;
+    // Called after the current cell moved, with the cell that was left.
+    virtual void CheckCellChange(int OldCol, int OldRow);
+    // Fires OnCellTxtChange when the cell's text differs from its text on entering.
+    virtual void CheckCellTxtChange(int ACol, int ARow);
+    // After ColCount or RowCount changed (the time-series grid keeps its time row in step).
+    virtual void SizeChanged(int OldColCount, int OldRowCount);
+    // The grid's message text: Text + "\r\n" + "in " + the owner's name.
+    QString GridMessage(const QString& Text) const;
+
+    // --- TFieldBase hooks ---
+    void WriteStreamValue(TWriter& Writer) override;
+    TApplyValue ReadStreamValue(TReader& Reader) override;
+    void WriteXmlValue(TXmlNode Node) override;
+    TApplyValue ReadXmlValue(TXmlNode Node) override;
+
+    // --- Qt ---
+    bool event(QEvent* E) override;
+    void paintEvent(QPaintEvent* E) override;
+    void resizeEvent(QResizeEvent* E) override;
+    void keyPressEvent(QKeyEvent* E) override;
+    void mousePressEvent(QMouseEvent* E) override;
+    void mouseMoveEvent(QMouseEvent* E) override;
+    void mouseReleaseEvent(QMouseEvent* E) override;
+    void mouseDoubleClickEvent(QMouseEvent* E) override;
+    void focusInEvent(QFocusEvent* E) override;
+    void focusOutEvent(QFocusEvent* E) override;
+    void scrollContentsBy(int Dx, int Dy) override;
+    bool viewportEvent(QEvent* E) override;
+    bool focusNextPrevChild(bool Next) override;
+    void changeEvent(QEvent* E) override;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+private:
+    friend class TNumColumn;
+    friend class TNumColumns;
+    friend class TNumGridPrivate;
+    TNumGridPrivate* Priv() const;
+};
+
+} // namespace qxnum

@@ -1,0 +1,126 @@
+// State of the numeric grid, shared by its model (numgrid.cpp), files (numgrid_io.cpp) and view
+// (numgrid_view*.cpp). Not installed.
+#pragma once
+
+#include "fieldbase_p.h"
+
+#include <qxnum/widgets/numgrid.h>
+
+#include <QPointer>
+
+#include <memory>
+#include <vector>
+
+namespace qxnum {
+
+// The cells: text per cell, row-major as a vector of rows, so that moving, inserting and deleting
+// rows moves row handles, not texts. The object slots are made only when a host sets one.
+class TCellStore {
+public:
+    int ColCount() const { return FColCount; }
+    int RowCount() const { return static_cast<int>(FRows.size()); }
+    bool Contains(int C, int R) const { return C >= 0 && R >= 0 && C < FColCount && R < RowCount(); }
+
+    const QString& Cell(int C, int R) const { return FRows[static_cast<size_t>(R)][static_cast<size_t>(C)]; }
+    QString& Cell(int C, int R) { return FRows[static_cast<size_t>(R)][static_cast<size_t>(C)]; }
+    const std::vector<QString>& Row(int R) const { return FRows[static_cast<size_t>(R)]; }
+    std::vector<QString>& Row(int R) { return FRows[static_cast<size_t>(R)]; }
+
+    QObject* Object(int C, int R) const {
+        return FObjects.empty() ? nullptr : FObjects[static_cast<size_t>(R)][static_cast<size_t>(C)];
+    }
+    void SetObject(int C, int R, QObject* O);
+    void ClearObjects() { FObjects.clear(); }
+    void ClearColumnObjects(int C);
+
+    // New cells are empty; cells beyond the new size are dropped.
+    void Resize(int Cols, int Rows);
+    // Moves row From to position To, the rows between shifting by one (the string grid's MoveRow).
+    void MoveRow(int From, int To);
+    void MoveColumn(int From, int To);
+    void DeleteRow(int R);
+
+    // Heap bytes held by the store, for the benchmark of its footprint.
+    size_t MemoryBytes() const;
+
+private:
+    int FColCount = 0;
+    std::vector<std::vector<QString>> FRows;
+    std::vector<std::vector<QObject*>> FObjects; // empty, or one slot per cell
+};
+
+// The view's own state (scroll, editor, selection, layout caches); defined in numgrid_view_p.h.
+struct TGridViewState;
+struct TGridViewStateDeleter {
+    void operator()(TGridViewState* S) const;
+};
+
+class TNumGridPrivate : public TFieldBasePrivate {
+public:
+    explicit TNumGridPrivate(TNumGrid* Q);
+    ~TNumGridPrivate() override;
+
+    TNumGrid* const q;
+    TCellStore Store;
+
+    // The string grid's state.
+    int FFixedCols = 1;
+    int FFixedRows = 1;
+    int FCol = 1;
+    int FRow = 1;
+    TGridOptions FOptions =
+        TGridOptions(goFixedVertLine | goFixedHorzLine | goVertLine | goHorzLine | goRangeSelect);
+    int FDefaultColWidth = 64;
+    int FDefaultRowHeight = 24;
+    std::vector<int> FColWidths;  // per column; -1 hides the column
+    std::vector<int> FRowHeights; // empty: every row has FDefaultRowHeight
+    QColor FFixedColor;           // invalid: the palette's button colour
+
+    // The grid's own fields, with their values after construction.
+    TRowEvent FOnRowEdit, FOnCancel, FOnRefresh, FOnPost, FOnNewRow, FAfterDeleteRow, FBeforeDeleteRow,
+        FAfterInitRow;
+    TCellChangeEvent FOnCellChange;
+    TCellTxtChangeEvent FOnCellTxtChange;
+    TNotifyEvent FAfterClear, FOnColWidthsChanged;
+    TGetEditEvent FOnGetCellText;
+    QStringList FColFormats;
+    bool FConfirmDelete = false;
+    bool FRowCountFixed = false;
+    bool FAutoAddRow = false;
+    bool FInsertCopyRow = false;
+    std::vector<std::vector<QString>> FCopyRows;
+    bool FHasCopy = false;
+    bool FAlwaysPasteFromLeftCol = false;
+    bool FClearLastDelRow = false;
+    bool FExtrapolate = false;
+    bool FAllowDataDialog = true;
+    bool FAllowPaste = true;
+    TCellChangeEvent FAfterPaste;
+    bool Rowheightssizing = false;
+    bool ReadingFromStream = false;
+    bool ResizingNumGrid = false;
+    bool EditingColumns = false;
+    bool FReadColTitlesFromStream = false;
+    TColStretchOptions FColStretchOptions;
+    TNumColumns* FColumns = nullptr; // owned through its QObject parent
+    QFont FTitleFont;
+    int FTitleLineCount = 2;
+    bool InitializingCells = false;
+    bool FStoreParTypes = false;
+    bool FHighLightSelect = true;
+    bool FIgnoreColCountRead = false;
+    bool FIgnoreRowCountRead = false;
+    bool FIgnoreColPropsRead = false;
+    QString OldCelltxt;
+    TGridOptions DesignSaveOptions;
+    bool Updating = false;
+    bool DialogCancelled = false;
+    bool Pasting_or_Copying = false;
+
+    std::unique_ptr<TGridViewState, TGridViewStateDeleter> View;
+
+    // The owning form or frame (for messages).
+    QString OwnerName() const;
+};
+
+} // namespace qxnum

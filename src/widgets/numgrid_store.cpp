@@ -1,0 +1,89 @@
+// The grid's cell store.
+#include "numgrid_p.h"
+
+#include <algorithm>
+
+namespace qxnum {
+
+namespace {
+
+template <typename T> void MoveItem(std::vector<T>& V, size_t From, size_t To) {
+    if (From < To)
+        std::rotate(V.begin() + static_cast<std::ptrdiff_t>(From),
+                    V.begin() + static_cast<std::ptrdiff_t>(From) + 1,
+                    V.begin() + static_cast<std::ptrdiff_t>(To) + 1);
+    else if (To < From)
+        std::rotate(V.begin() + static_cast<std::ptrdiff_t>(To),
+                    V.begin() + static_cast<std::ptrdiff_t>(From),
+                    V.begin() + static_cast<std::ptrdiff_t>(From) + 1);
+}
+
+} // namespace
+
+void TCellStore::SetObject(int C, int R, QObject* O) {
+    if (!Contains(C, R)) return;
+    if (FObjects.empty()) {
+        if (!O) return;
+        FObjects.assign(FRows.size(), std::vector<QObject*>(static_cast<size_t>(FColCount), nullptr));
+    }
+    FObjects[static_cast<size_t>(R)][static_cast<size_t>(C)] = O;
+}
+
+void TCellStore::ClearColumnObjects(int C) {
+    if (C < 0 || C >= FColCount) return;
+    for (auto& Row : FObjects)
+        Row[static_cast<size_t>(C)] = nullptr;
+}
+
+void TCellStore::Resize(int Cols, int Rows) {
+    Cols = std::max(Cols, 0);
+    Rows = std::max(Rows, 0);
+    if (Cols != FColCount) {
+        for (auto& Row : FRows)
+            Row.resize(static_cast<size_t>(Cols));
+        for (auto& Row : FObjects)
+            Row.resize(static_cast<size_t>(Cols), nullptr);
+        FColCount = Cols;
+    }
+    FRows.resize(static_cast<size_t>(Rows), std::vector<QString>(static_cast<size_t>(FColCount)));
+    if (!FObjects.empty())
+        FObjects.resize(static_cast<size_t>(Rows),
+                        std::vector<QObject*>(static_cast<size_t>(FColCount), nullptr));
+}
+
+void TCellStore::MoveRow(int From, int To) {
+    if (From == To || From < 0 || To < 0 || From >= RowCount() || To >= RowCount()) return;
+    MoveItem(FRows, static_cast<size_t>(From), static_cast<size_t>(To));
+    if (!FObjects.empty()) MoveItem(FObjects, static_cast<size_t>(From), static_cast<size_t>(To));
+}
+
+void TCellStore::MoveColumn(int From, int To) {
+    if (From == To || From < 0 || To < 0 || From >= FColCount || To >= FColCount) return;
+    for (auto& Row : FRows)
+        MoveItem(Row, static_cast<size_t>(From), static_cast<size_t>(To));
+    for (auto& Row : FObjects)
+        MoveItem(Row, static_cast<size_t>(From), static_cast<size_t>(To));
+}
+
+void TCellStore::DeleteRow(int R) {
+    if (R < 0 || R >= RowCount()) return;
+    FRows.erase(FRows.begin() + R);
+    if (!FObjects.empty()) FObjects.erase(FObjects.begin() + R);
+}
+
+size_t TCellStore::MemoryBytes() const {
+    size_t Bytes = FRows.capacity() * sizeof(std::vector<QString>);
+    for (const auto& Row : FRows) {
+        Bytes += Row.capacity() * sizeof(QString);
+        for (const QString& S : Row) {
+            // Shared texts (the same default in many cells) are counted once per cell all the same.
+            if (S.capacity() > 0)
+                Bytes += sizeof(QArrayData) + static_cast<size_t>(S.capacity() + 1) * sizeof(QChar);
+        }
+    }
+    for (const auto& Row : FObjects)
+        Bytes += sizeof(Row) + Row.capacity() * sizeof(QObject*);
+    return Bytes;
+}
+
+} // namespace qxnum
