@@ -72,9 +72,7 @@ public:
         TGridOptions(goFixedVertLine | goFixedHorzLine | goVertLine | goHorzLine | goRangeSelect);
     int FDefaultColWidth = 64;
     int FDefaultRowHeight = 24;
-    std::vector<int> FColWidths;  // per column; -1 hides the column
-    std::vector<int> FRowHeights; // empty: every row has FDefaultRowHeight
-    QColor FFixedColor;           // invalid: the palette's button colour
+    QColor FFixedColor; // invalid: the palette's button colour
 
     // The grid's own fields, with their values after construction.
     TRowEvent FOnRowEdit, FOnCancel, FOnRefresh, FOnPost, FOnNewRow, FAfterDeleteRow, FBeforeDeleteRow,
@@ -121,6 +119,14 @@ public:
 
     // The owning form or frame (for messages).
     QString OwnerName() const;
+
+    // Told by the model, done by the view (numgrid_view.cpp):
+    // counts, fixed counts, widths, heights, title font or line count changed.
+    void LayoutChanged();
+    // Texts changed somewhere (repaint what is in view).
+    void CellsChanged();
+    // One cell's text changed.
+    void CellChanged(int ACol, int ARow);
 };
 
 } // namespace qxnum
