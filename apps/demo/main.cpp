@@ -15,6 +15,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include <cmath>
 #include <vector>
 
 using namespace qxnum;
@@ -148,6 +149,8 @@ public:
         AntiIce->move(320, Top + 2);
         FAllFields = {Name, Fuel, AntiIce};
 
+        FLine = MakeCompressorLine(this);
+
         auto* Units = new QComboBox(this);
         Units->addItems({tr("SI units"), tr("Imperial units")});
         auto* Show = new QPushButton(tr("Write XML"), this);
@@ -160,12 +163,20 @@ public:
         Bar->addStretch();
         auto* Layout = new QVBoxLayout(this);
         Layout->addWidget(Fields);
+        Layout->addWidget(
+            new QLabel(tr("Compressor speed line (the Surge column marks points beyond the surge "
+                          "line; Ctrl+End goes to the last point)"),
+                       this));
+        Layout->addWidget(FLine, 1);
         Layout->addLayout(Bar);
         Layout->addWidget(FXml, 1);
 
         connect(Units, &QComboBox::currentIndexChanged, this, [this](int Index) {
+            const TUnitSystem U = Index == 1 ? usImperial : usSI;
             for (TNumFld* Fld : FNumFields)
-                Fld->SetUnitSystem(Index == 1 ? usImperial : usSI);
+                Fld->SetUnitSystem(U);
+            for (int C = 0; C < FLine->ColCount(); ++C)
+                FLine->Columns()->Items(C)->SetUnitSystem(U);
         });
         connect(Show, &QPushButton::clicked, this, [this] { WriteXml(); });
         WriteXml();
@@ -188,9 +199,62 @@ private:
             Write(Obj, QByteArray(Obj->metaObject()->className()).split(':').last().constData());
         for (TNumFld* Fld : FNumFields)
             Write(Fld, "TNumFld");
+        Write(FLine, "TNumGrid");
         FXml->setPlainText(Doc.SaveToString());
     }
 
+    // One speed line of a compressor map: corrected flow, pressure ratio, efficiency, outlet
+    // temperature and power per operating point, a remark and a surge flag.
+    static TNumGrid* MakeCompressorLine(QWidget* Parent) {
+        auto* Grid = new TNumGrid(Parent);
+        Grid->setObjectName(QStringLiteral("CompressorLine"));
+        Grid->SetColCount(8);
+        Grid->SetRowCount(9);
+        Grid->SetOptions(Grid->Options() | goTabs | goColSizing);
+        Grid->SetColStretchOptions(csoAutoStretch);
+        Grid->SetAutoAddRow(true);
+        struct TColDef {
+            const char* Caption;
+            TParType ParType;
+        };
+        const TColDef Defs[] = {{"Point", ptNone},        {"Mass flow", ptMassflow},
+                                {"Pressure ratio", ptPR}, {"Efficiency", ptFraction},
+                                {"Outlet temp.", ptTemp}, {"Power", ptPower},
+                                {"Remark", ptNone},       {"Surge", ptNone}};
+        for (int C = 0; C < 8; ++C) {
+            TNumColumn* Col = Grid->Columns()->Items(C);
+            Col->SetParType(Defs[C].ParType);
+            Col->SetUnitSystem(usSI); // the first setting records the unit system of the texts below
+            Col->Title()->SetCaption(tr(Defs[C].Caption));
+        }
+        Grid->Columns()->Items(0)->SetStringCol(true);
+        Grid->Columns()->Items(0)->SetReadOnly(true);
+        Grid->Columns()->Items(6)->SetStringCol(true);
+        Grid->Columns()->Items(6)->SetAlignment(taLeftJustify);
+        Grid->Columns()->Items(7)->SetCheckBoxCol(true);
+        Grid->Columns()->Items(3)->SetRange(0.0L, 1.0L);
+        // Points from choke to surge at 100 % speed.
+        const Extended Flow[] = {128.0L, 127.5L, 126.4L, 124.6L, 122.0L, 118.5L, 114.2L, 109.0L};
+        const Extended PR[] = {11.2L, 12.9L, 14.5L, 15.9L, 17.0L, 17.8L, 18.3L, 18.5L};
+        const Extended Eta[] = {0.80L, 0.842L, 0.861L, 0.866L, 0.860L, 0.846L, 0.823L, 0.795L};
+        for (int P = 0; P < 8; ++P) {
+            const int R = P + 1;
+            Grid->SetCells(0, R, QString::number(R));
+            Grid->SetDValues(1, R, Flow[P]);
+            Grid->SetDValues(2, R, PR[P]);
+            Grid->SetDValues(3, R, Eta[P]);
+            // Outlet temperature and power of an ideal gas with the point's efficiency.
+            const Extended T2 = 288.15L * (1.0L + (std::pow(PR[P], 0.2857L) - 1.0L) / Eta[P]);
+            Grid->SetDValues(4, R, T2);
+            Grid->SetDValues(5, R, Flow[P] * 1004.5L * (T2 - 288.15L));
+            Grid->SetCells(6, R, P == 0 ? tr("choke") : P == 3 ? tr("design point") : QString());
+            Grid->SetCheckedStatus(7, R, P == 7);
+        }
+        Grid->SetCopyValue();
+        return Grid;
+    }
+
+    TNumGrid* FLine = nullptr;
     std::vector<TNumFld*> FNumFields;
     std::vector<QObject*> FAllFields;
     QPlainTextEdit* FXml = nullptr;
