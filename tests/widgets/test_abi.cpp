@@ -6,7 +6,9 @@
 #include <qxnum/parser.h>
 #include <qxnum/widgets/fields.h>
 #include <qxnum/widgets/numedit.h>
+#include <qxnum/widgets/numcolumn.h>
 #include <qxnum/widgets/numfld.h>
+#include <qxnum/widgets/numgrid.h>
 #include <qxnum/widgets/numinp.h>
 #include <qxnum/xml.h>
 
@@ -106,6 +108,11 @@ TEST(Abi, EveryPublicClassHasItsPinnedSize) {
          sizeof(QListWidget) + ValueField<QList<TCheckBoxState>>()},
         {"TComboBoxFld", sizeof(TComboBoxFld), Derived<TNone, QComboBox, TFieldBase>()},
         {"TDateTimePickerFld", sizeof(TDateTimePickerFld), sizeof(QDateTimeEdit) + ValueField<QDateTime>()},
+        // The grid: its state chains from the field's private part; columns and titles own theirs.
+        {"TNumGrid", sizeof(TNumGrid), Derived<TNone, QAbstractScrollArea, TFieldBase>()},
+        {"TNumColTitle", sizeof(TNumColTitle), Derived<TPointer, QObject>()},
+        {"TNumColumn", sizeof(TNumColumn), Derived<TPointer, QObject>()},
+        {"TNumColumns", sizeof(TNumColumns), Derived<TPointer, QObject>()},
     };
     for (const auto& R : Table)
         EXPECT_EQ(R.Actual, R.Expected) << R.Class
