@@ -1,1 +1,339 @@
-// (being written)
+// The grid's files: the XML content and the stream record of the field contract.
+//
+// Both readers parse and check the whole section before the grid changes (TFieldBase runs the
+// returned action only after everything has been read), so a failed read leaves the grid as it
+// was. Every count from a file is bounded before anything is allocated for it.
+#include "numcolumn_p.h"
+#include "numgrid_p.h"
+
+#include <qxnum/xml.h>
+
+#include <QCoreApplication>
+
+#include <cmath>
+
+namespace qxnum {
+
+namespace {
+
+QString Tr(const char* Source) {
+    return QCoreApplication::translate("TNumGrid", Source);
+}
+
+const QString LineBreak = QStringLiteral("\r\n");
+// What a title's line break becomes inside a row text.
+const QString LineBreakRef = QStringLiteral("&#13;&#10;");
+const QLatin1Char Delimiter(';');
+constexpr int MaxRun = 100000; // longest run of unit systems or string flags read
+
+bool IsIntegerTag(TValueType T) {
+    return T == vaInt8 || T == vaInt16 || T == vaInt32 || T == vaInt64;
+}
+
+// "Row" + the index padded with "0" to the digits of the row count.
+QString RowName(int Row, int Width) {
+    return QStringLiteral("Row%1").arg(Row, Width, 10, QLatin1Char('0'));
+}
+
+int RowNameWidth(int RowCount) {
+    return RowCount > 0 ? static_cast<int>(std::floor(std::log10(static_cast<double>(RowCount)))) + 1 : 1;
+}
+
+} // namespace
+
+// ---- XML ---------------------------------------------------------------------------------------------
+
+QString TNumGrid::XmlRowText(int ARow) const {
+    QString S;
+    const auto& Row = Priv()->Store.Row(ARow);
+    for (size_t C = 0; C < Row.size(); ++C) {
+        if (C > 0) S += Delimiter;
+        // A cell cannot carry the delimiter.
+        if (Row[C].contains(Delimiter))
+            S += QString(Row[C]).remove(Delimiter);
+        else
+            S += Row[C];
+    }
+    if (S.contains(LineBreak)) S.replace(LineBreak, LineBreakRef);
+    return S;
+}
+
+QString TNumGrid::XmlColumnList(int Kind) const {
+    QString S;
+    TNumColumns* Cols = Priv()->FColumns;
+    for (int C = 0; C < ColCount(); ++C) {
+        if (C > 0) S += Delimiter;
+        const TNumColumnPrivate* P = Cols->Items(C) ? Cols->Items(C)->Priv() : nullptr;
+        if (!P) continue;
+        switch (Kind) {
+        case 0:
+            S += GetEnumName(P->FUnitSystem);
+            break;
+        case 1:
+            S += XmlBoolToStr(P->FStringCol);
+            break;
+        default:
+            S += GetEnumName(P->FParType);
+            break;
+        }
+    }
+    return S;
+}
+
+void TNumGrid::WriteXmlValue(TXmlNode Node) {
+    Node.WriteString(QStringLiteral("Delimiter"), QString(Delimiter));
+    Node.WriteInteger(QStringLiteral("Colcount"), ColCount());
+    Node.WriteInteger(QStringLiteral("Rowcount"), RowCount());
+    TXmlNode Cols = Node.NodeFindOrCreate(QStringLiteral("Cols"));
+    Cols.WriteString(QStringLiteral("Units"), XmlColumnList(0));
+    Cols.WriteString(QStringLiteral("StringCols"), XmlColumnList(1));
+    if (Priv()->FStoreParTypes) Cols.WriteString(QStringLiteral("ParTypes"), XmlColumnList(2));
+    TXmlNode Rows = Node.NodeFindOrCreate(QStringLiteral("Rows"));
+    Rows.DeleteChildren();
+    const int Width = RowNameWidth(RowCount());
+    for (int R = 0; R < RowCount(); ++R)
+        Rows.NodeNew(RowName(R, Width)).SetValueAsString(XmlRowText(R));
+}
+
+bool TNumGrid::XmlValueChanged(TXmlNode ParentXmlNode) {
+    // Counts, column properties and rows as this grid would write them; anything missing counts
+    // as a change.
+    if (ParentXmlNode.IsNull()) return true;
+    const TXmlNode Rows = ParentXmlNode.NodeByName(QStringLiteral("Rows"));
+    const TXmlNode Cols = ParentXmlNode.NodeByName(QStringLiteral("Cols"));
+    if (Rows.IsNull() || Cols.IsNull()) return true;
+    if (ParentXmlNode.ReadString(QStringLiteral("Colcount")) != QString::number(ColCount()) ||
+        ParentXmlNode.ReadString(QStringLiteral("Rowcount")) != QString::number(RowCount()))
+        return true;
+    if (Cols.ReadString(QStringLiteral("Units")) != XmlColumnList(0) ||
+        Cols.ReadString(QStringLiteral("StringCols")) != XmlColumnList(1))
+        return true;
+    if (Priv()->FStoreParTypes && Cols.ReadString(QStringLiteral("ParTypes")) != XmlColumnList(2))
+        return true;
+    int R = 0;
+    for (TXmlNode N = Rows.FirstChild(); !N.IsNull(); N = N.NextSibling(), ++R)
+        if (R >= RowCount() || N.ValueAsString() != XmlRowText(R)) return true;
+    return R != RowCount();
+}
+
+TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
+    TNumGridPrivate* D = Priv();
+    int NewCols = ColCount(), NewRows = RowCount();
+    int V = 0;
+    if (!D->FIgnoreColCountRead && ReadXmlInteger(Node, QStringLiteral("Colcount"), V)) NewCols = V;
+    if (!D->FIgnoreRowCountRead && ReadXmlInteger(Node, QStringLiteral("Rowcount"), V)) NewRows = V;
+    if (NewCols < 0 || NewRows < 0 || qint64(NewCols) * NewRows > MaxCellCount())
+        XmlConvertError(QStringLiteral("Colcount"),
+                        Tr("%1 columns and %2 rows are beyond the limit of %3 cells")
+                            .arg(NewCols)
+                            .arg(NewRows)
+                            .arg(MaxCellCount()));
+
+    // Column properties: raw values per column, applied without the setters' coupling.
+    struct TColProps {
+        std::vector<int> ParTypes, Units, StringCols;
+    };
+    auto Props = std::make_shared<TColProps>();
+    const TXmlNode Cols = Node.NodeByName(QStringLiteral("Cols"));
+    if (!D->FIgnoreColPropsRead && !Cols.IsNull()) {
+        auto Entries = [&](const QString& Name) { return Cols.ReadString(Name).split(Delimiter); };
+        const TXmlNode P = Cols.NodeByName(QStringLiteral("ParTypes"));
+        if (!P.IsNull() && D->FStoreParTypes)
+            for (const QString& E : Entries(QStringLiteral("ParTypes")))
+                Props->ParTypes.push_back(static_cast<quint8>(GetEnumValue<TParType>(E)));
+        if (!Cols.NodeByName(QStringLiteral("Units")).IsNull())
+            for (const QString& E : Entries(QStringLiteral("Units")))
+                Props->Units.push_back(static_cast<quint8>(GetEnumValue<TUnitSystem>(E)));
+        if (!Cols.NodeByName(QStringLiteral("StringCols")).IsNull()) {
+            for (const QString& E : Entries(QStringLiteral("StringCols"))) {
+                bool B = false;
+                if (!XmlTryStrToBool(E, B))
+                    XmlConvertError(QStringLiteral("StringCols"),
+                                    Tr("'%1' is not a valid boolean value").arg(E.left(40)));
+                Props->StringCols.push_back(B);
+            }
+        }
+    }
+
+    // Rows: the first Min(RowCount, children) children, each naming its row.
+    struct TRowText {
+        int Row;
+        QStringList Entries;
+    };
+    auto RowTexts = std::make_shared<std::vector<TRowText>>();
+    const TXmlNode Rows = Node.NodeByName(QStringLiteral("Rows"));
+    if (!Rows.IsNull()) {
+        int Taken = 0;
+        for (TXmlNode N = Rows.FirstChild(); !N.IsNull() && Taken < NewRows; N = N.NextSibling(), ++Taken) {
+            const QString Name = N.Name();
+            bool Ok = false;
+            const int R = QString(Name).remove(QStringLiteral("Row")).toInt(&Ok);
+            if (!Ok)
+                XmlConvertError(QStringLiteral("Rows"),
+                                Tr("'%1' is not a valid row element name").arg(Name.left(40)));
+            if (R < 0 || R >= NewRows)
+                XmlConvertError(
+                    QStringLiteral("Rows"),
+                    Tr("%1 names a row outside the %2 rows of the grid").arg(Name.left(40)).arg(NewRows));
+            RowTexts->push_back({R, N.ValueAsString().split(Delimiter)});
+        }
+    }
+
+    return [this, NewCols, NewRows, Props, RowTexts] {
+        TNumGridPrivate* const GD = Priv();
+        SetColCount(NewCols);
+        SetRowCount(NewRows);
+        TNumColumns* Columns = GD->FColumns;
+        const int NC = std::min(ColCount(), Columns->Count());
+        for (int C = 0; C < NC; ++C) {
+            TNumColumnPrivate* P = Columns->Items(C)->Priv();
+            const auto I = static_cast<size_t>(C);
+            if (I < Props->ParTypes.size()) P->FParType = static_cast<TParType>(Props->ParTypes[I]);
+            if (I < Props->Units.size()) P->FUnitSystem = static_cast<TUnitSystem>(Props->Units[I]);
+            if (I < Props->StringCols.size()) P->FStringCol = Props->StringCols[I] != 0;
+        }
+        bool Titles = false;
+        for (const TRowText& T : *RowTexts) {
+            if (T.Row >= GD->FFixedRows) {
+                auto& Row = GD->Store.Row(T.Row);
+                for (int C = 0; C < ColCount(); ++C)
+                    Row[static_cast<size_t>(C)] = C < T.Entries.size() ? T.Entries[C] : QString();
+            } else if (T.Row == 0 && GD->FReadColTitlesFromStream) {
+                for (int C = 0; C < NC && C < T.Entries.size(); ++C) {
+                    QString Caption = T.Entries[C];
+                    Columns->Items(C)->Title()->d->FCaption = Caption.replace(LineBreakRef, LineBreak);
+                }
+                Titles = true;
+            }
+        }
+        if (Titles) ResetTitles();
+        GD->CellsChanged();
+    };
+}
+
+// ---- stream ------------------------------------------------------------------------------------------
+
+void TNumGrid::WriteStreamValue(TWriter& Writer) {
+    TNumColumns* Cols = Priv()->FColumns;
+    Writer.WriteInteger(RowCount());
+    Writer.WriteInteger(ColCount());
+    for (int C = 0; C < ColCount(); ++C)
+        Writer.WriteInteger(Cols->Items(C) ? static_cast<int>(Cols->Items(C)->Priv()->FUnitSystem) : 0);
+    for (int C = 0; C < ColCount(); ++C)
+        Writer.WriteBoolean(Cols->Items(C) ? Cols->Items(C)->Priv()->FStringCol : false);
+    for (int R = 0; R < RowCount(); ++R)
+        for (const QString& S : Priv()->Store.Row(R))
+            Writer.WriteString(S);
+}
+
+void TNumGrid::ReadCounts(TReader& Reader, int& Rows, int& Cols) const {
+    const qint64 At = Reader.Position();
+    Rows = Reader.ReadInteger();
+    Cols = Reader.ReadInteger();
+    if (Rows < 0 || Cols < 0 || qint64(Rows) * Cols > MaxCellCount())
+        throw EReadError(Tr("Grid %1: %2 rows and %3 columns are beyond the limit of %4 cells")
+                             .arg(GetIDstring())
+                             .arg(Rows)
+                             .arg(Cols)
+                             .arg(MaxCellCount()),
+                         At);
+}
+
+TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
+    TNumGridPrivate* D = Priv();
+    int Rows = 0, Cols = 0;
+    ReadCounts(Reader, Rows, Cols);
+    const int NewRows = D->FIgnoreRowCountRead ? RowCount() : Rows;
+    const int NewCols = D->FIgnoreColCountRead ? ColCount() : Cols;
+    const int FillRows = std::min(Rows, NewRows);
+    const int FillCols = std::min(Cols, NewCols);
+    // Fixed rows as they will be once the counts are set.
+    const int Fixed = std::min(D->FFixedRows, std::max(NewRows - 1, 0));
+
+    auto Units = std::make_shared<std::vector<int>>();
+    auto Strings = std::make_shared<std::vector<bool>>();
+    while (IsIntegerTag(Reader.NextValue()) && Units->size() < MaxRun) {
+        const qint64 At = Reader.Position();
+        const int U = Reader.ReadInteger();
+        if (U != usSI && U != usImperial)
+            throw EReadError(Tr("Grid %1: %2 is not a unit system").arg(GetIDstring()).arg(U), At);
+        Units->push_back(U);
+    }
+    while ((Reader.NextValue() == vaFalse || Reader.NextValue() == vaTrue) && Strings->size() < MaxRun)
+        Strings->push_back(Reader.ReadBoolean());
+
+    // Cells in row order; title rows are read and dropped, or not read at all when the titles come
+    // from the grid itself.
+    auto Cells = std::make_shared<std::vector<std::vector<QString>>>();
+    Cells->resize(static_cast<size_t>(std::max(FillRows - Fixed, 0)));
+    for (int R = 0; R < FillRows; ++R) {
+        if (R >= Fixed) {
+            auto& Row = (*Cells)[static_cast<size_t>(R - Fixed)];
+            Row.reserve(static_cast<size_t>(FillCols));
+            for (int C = 0; C < FillCols; ++C)
+                Row.push_back(Reader.ReadString());
+        } else if (!D->FReadColTitlesFromStream) {
+            for (int C = 0; C < FillCols; ++C)
+                Reader.ReadString();
+        }
+        for (int C = FillCols; C < Cols; ++C)
+            Reader.ReadString();
+    }
+    for (int R = FillRows; R < Rows; ++R)
+        Reader.ReadString(); // one string per further row
+
+    return [this, NewRows, NewCols, FillCols, Fixed, Units, Strings, Texts = std::move(Cells)] {
+        TNumGridPrivate* const GD = Priv();
+        SetRowCount(NewRows);
+        SetColCount(NewCols);
+        TNumColumns* Columns = GD->FColumns;
+        if (!GD->FIgnoreColPropsRead) {
+            for (int C = 0; C < std::min(static_cast<int>(GD->FColFormats.size()), Columns->Count()); ++C)
+                Columns->Items(C)->Priv()->FStringCol =
+                    GD->FColFormats[C].toUpper().contains(QLatin1String("STRING"));
+            for (size_t C = 0; C < Units->size() && static_cast<int>(C) < FillCols; ++C)
+                Columns->Items(static_cast<int>(C))->Priv()->FUnitSystem =
+                    static_cast<TUnitSystem>((*Units)[C]);
+            for (size_t C = 0; C < Strings->size() && static_cast<int>(C) < FillCols; ++C)
+                Columns->Items(static_cast<int>(C))->Priv()->FStringCol = (*Strings)[C];
+        }
+        for (size_t I = 0; I < Texts->size(); ++I) {
+            auto& Row = GD->Store.Row(Fixed + static_cast<int>(I));
+            const auto& In = (*Texts)[I];
+            for (size_t C = 0; C < In.size() && C < Row.size(); ++C)
+                Row[C] = In[C];
+        }
+        if (GD->FReadColTitlesFromStream && Fixed > 0)
+            for (int C = 0; C < std::min(FillCols, Columns->Count()); ++C)
+                Columns->Items(C)->Title()->d->FCaption = this->Cells(C, 0);
+        GD->CellsChanged();
+        CheckAllCells();
+    };
+}
+
+void TNumGrid::ReadfromStream(TReader& Reader) {
+    TNumGridPrivate* D = Priv();
+    D->ReadingFromStream = true;
+    try {
+        TFieldBase::ReadfromStream(Reader);
+    } catch (...) {
+        D->ReadingFromStream = false;
+        throw;
+    }
+    D->ReadingFromStream = false;
+}
+
+void TNumGrid::SkipfromStream(TReader& Reader) {
+    // Deliberately leaves the run of string flags unread, as older readers did.
+    int Rows = 0, Cols = 0;
+    ReadCounts(Reader, Rows, Cols);
+    for (int N = 0; IsIntegerTag(Reader.NextValue()) && N < MaxRun; ++N)
+        Reader.ReadInteger();
+    const qint64 Count = qint64(Rows) * Cols;
+    for (qint64 I = 0; I < Count; ++I)
+        Reader.ReadString();
+    Reader.ReadBoolean();
+    Reader.ReadBoolean();
+}
+
+} // namespace qxnum

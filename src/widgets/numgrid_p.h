@@ -8,6 +8,9 @@
 
 #include <QPointer>
 
+class QKeyEvent;
+class QPainter;
+
 #include <memory>
 #include <vector>
 
@@ -120,6 +123,8 @@ public:
     // The owning form or frame (for messages).
     QString OwnerName() const;
 
+    static TNumGridPrivate* Of(TNumGrid* G) { return G->Priv(); }
+
     // Told by the model, done by the view (numgrid_view.cpp):
     // counts, fixed counts, widths, heights, title font or line count changed.
     void LayoutChanged();
@@ -127,6 +132,34 @@ public:
     void CellsChanged();
     // One cell's text changed.
     void CellChanged(int ACol, int ARow);
+
+    // The view's workings (numgrid_view.cpp).
+    TGridViewState& V() const;
+    int ColWidth(int C) const; // 0 for a hidden column
+    int RowHeight(int R) const;
+    int FixedWidth() const;
+    int FixedHeight() const;
+    void UpdateTitleHeight();
+    int MaxTopRow() const;
+    int MaxLeftCol() const;
+    void UpdateScrollBars();
+    void Stretch();
+    bool CellEditable(int C, int R) const;
+    void PlaceEditor();
+    // Opens the editor on the current cell; Initial: the typed text that replaces the cell's.
+    void OpenEditor(const QString* Initial);
+    void CommitEdit();
+    void CancelEdit();
+    // Checks the current cell when an edit changed it; false (message shown) when it is invalid.
+    bool ValidateCurrent();
+    void MoveTo(int C, int R, bool Extend);
+    void ScrollIntoView(int C, int R);
+    void EditorKey(QKeyEvent* E);
+    void PaintCell(QPainter& P, int C, int R, const QRect& Rect);
+    int ColumnBorderAt(const QPoint& Pos) const;
+    // Accessibility (numgrid_access.cpp).
+    void NotifyAccessibleFocus();
+    void NotifyAccessibleModel();
 };
 
 } // namespace qxnum

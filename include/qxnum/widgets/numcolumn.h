@@ -81,6 +81,7 @@ public:
 
 private:
     friend class TNumColumn;
+    friend class TNumGrid;
     const std::unique_ptr<TNumColTitlePrivate> d;
 };
 
@@ -255,6 +256,7 @@ private:
     friend class TNumColumns;
     friend class TNumGrid;
     friend class TNumColTitle;
+    friend class TNumGridPrivate;
     TNumColumnPrivate* Priv() const { return d.get(); }
     const std::unique_ptr<TNumColumnPrivate> d;
 };

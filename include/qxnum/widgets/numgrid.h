@@ -201,6 +201,9 @@ public:
     void SetFormCreateVal() override;
     void ResetToFormCreateVal() override;
     bool GetReadOnly() const override;
+    // Sets ReadingFromStream for the duration of the read.
+    void ReadfromStream(TReader& Reader) override;
+    // Reads counts, the unit systems and the cells but, as older readers did, not the string flags.
     void SkipfromStream(TReader& Reader) override;
     bool XmlValueChanged(TXmlNode ParentXmlNode) override;
     QVariant GetVariantValue() override;
@@ -292,9 +295,11 @@ Q_SIGNALS:
     void cellTextChanged(int ACol, int ARow, const QString& OldTxt);
 
 protected:
-    // The column collection; a descendant returns its own column class here. Called once, from
-    // the constructor's end through Columns(), so an override is honoured.
+    // The column collection. The constructor calls the grid's own version; a descendant that
+    // returns its own column class calls RecreateColumns() at the end of its constructor.
     virtual TNumColumns* CreateColumns();
+    // Replaces the columns by CreateColumns(), one per grid column, and initialises the cells.
+    void RecreateColumns();
 
     // Moves the current cell to (ACol, ARow) when the cell may be selected; false when it may not.
     virtual bool SelectCell(int ACol, int ARow);
@@ -339,6 +344,13 @@ private:
     friend class TNumColumns;
     friend class TNumGridPrivate;
     TNumGridPrivate* Priv() const;
+    void ViewSetup();
+    static void CheckCellCount(qint64 Cols, qint64 Rows);
+    void ShowCellError(const QString& Text, int ACol, int ARow);
+    QString DefaultCellText(int ACol, int ARow, bool ExpressionAsString);
+    QString XmlRowText(int ARow) const;
+    QString XmlColumnList(int Kind) const;
+    void ReadCounts(TReader& Reader, int& Rows, int& Cols) const;
 };
 
 } // namespace qxnum
