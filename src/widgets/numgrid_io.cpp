@@ -21,7 +21,10 @@ QString Tr(const char* Source) {
 }
 
 const QString LineBreak = QStringLiteral("\r\n");
-// What a title's line break becomes inside a row text.
+// A title's line break inside a row text. Written as the line break itself, which the XML writer
+// stores as "&#13;" and a line feed, so that every XML reader gets the two characters back (and a
+// row text still splits at ";"); files whose writer escaped the references themselves hold the
+// characters "&#13;&#10;", which a read turns back into the line break.
 const QString LineBreakRef = QStringLiteral("&#13;&#10;");
 const QLatin1Char Delimiter(';');
 constexpr int MaxRun = 100000; // longest run of unit systems or string flags read
@@ -54,7 +57,6 @@ QString TNumGrid::XmlRowText(int ARow) const {
         else
             S += Row[C];
     }
-    if (S.contains(LineBreak)) S.replace(LineBreak, LineBreakRef);
     return S;
 }
 
@@ -175,7 +177,7 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
                 XmlConvertError(
                     QStringLiteral("Rows"),
                     Tr("%1 names a row outside the %2 rows of the grid").arg(Name.left(40)).arg(NewRows));
-            RowTexts->push_back({R, N.ValueAsString().split(Delimiter)});
+            RowTexts->push_back({R, N.ValueAsString().replace(LineBreakRef, LineBreak).split(Delimiter)});
         }
     }
 
@@ -200,8 +202,7 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
                     Row[static_cast<size_t>(C)] = C < T.Entries.size() ? T.Entries[C] : QString();
             } else if (T.Row == 0 && GD->FReadColTitlesFromStream) {
                 for (int C = 0; C < NC && C < T.Entries.size(); ++C) {
-                    QString Caption = T.Entries[C];
-                    Columns->Items(C)->Title()->d->FCaption = Caption.replace(LineBreakRef, LineBreak);
+                    Columns->Items(C)->Title()->d->FCaption = T.Entries[C];
                 }
                 Titles = true;
             }

@@ -350,7 +350,8 @@ void TNumGridPrivate::OpenEditor(const QString* Initial) {
             QApplication::sendEvent(S.Editor, &Key);
         }
     } else {
-        S.Editor->selectAll();
+        // As F2 in a spreadsheet: the text stays, the cursor goes to its end.
+        S.Editor->end(false);
     }
 }
 

@@ -1,0 +1,381 @@
+// The grid's columns and cell model: setter coupling, value <-> text, unit switches, rows, checks
+// and the change test.
+#include <qxnum/widgets/numgrid.h>
+
+#include "dialogrecorder.h"
+#include "settingsguard.h"
+
+#include <QWidget>
+#include <gtest/gtest.h>
+
+using namespace qxnum;
+using qxnum::test::DialogRecorder;
+using qxnum::test::SettingsGuard;
+
+namespace {
+
+struct GridTest : ::testing::Test {
+    SettingsGuard Guard{TFormatSettings::Invariant(), TFormatSettings::Invariant()};
+    DialogRecorder Dialogs;
+    QWidget Form;
+    TNumGrid* Grid = nullptr;
+    GridTest() {
+        Form.setObjectName(QStringLiteral("CaseForm"));
+        Grid = new TNumGrid(&Form);
+        Grid->setObjectName(QStringLiteral("Table"));
+    }
+    TNumColumn* Col(int C) const { return Grid->Columns()->Items(C); }
+};
+
+TEST_F(GridTest, StartsWithTheStringGridDefaultsAndOneColumnPerGridColumn) {
+    EXPECT_EQ(Grid->ColCount(), 5);
+    EXPECT_EQ(Grid->RowCount(), 5);
+    EXPECT_EQ(Grid->FixedCols(), 1);
+    EXPECT_EQ(Grid->FixedRows(), 1);
+    EXPECT_EQ(Grid->Columns()->Count(), 5);
+    EXPECT_TRUE(Grid->Options().testFlag(goEditing));
+    EXPECT_EQ(Grid->ColFormats(), QStringList(5, QStringLiteral("###0.000")));
+    EXPECT_EQ(Grid->Cells(2, 0), QStringLiteral("Title 2,1\r\nTitle 2,2"));
+    EXPECT_EQ(Grid->Cells(2, 3), QStringLiteral("0"));
+    Grid->SetColCount(7);
+    EXPECT_EQ(Grid->Columns()->Count(), 7);
+    EXPECT_EQ(Grid->Cells(6, 0), QStringLiteral("Title 6,1\r\nTitle 6,2"));
+    Grid->SetColCount(2);
+    EXPECT_EQ(Grid->Columns()->Count(), 2);
+    EXPECT_EQ(Grid->Columns()->Items(1)->Index(), 1);
+}
+
+TEST_F(GridTest, CoupledColumnPropertiesCorrectEachOther) {
+    TNumColumn* C = Col(1);
+    C->SetParType(ptPress);
+    EXPECT_EQ(C->NumericType(), ntParType);
+    EXPECT_EQ(C->DataType(), dtExtended);
+    C->SetDataType(dtInteger);
+    EXPECT_EQ(C->ParType(), ptNone);
+    EXPECT_EQ(C->NumericType(), ntGeneral);
+    EXPECT_EQ(C->Decimals(), 0);
+    C->SetDecimals(3);
+    EXPECT_EQ(C->Decimals(), 0) << "an integer column keeps no decimals";
+    C->SetDataType(dtWord);
+    C->SetNumericType(ntFixed);
+    EXPECT_EQ(C->NumericType(), ntGeneral);
+    C->SetDataType(dtDouble);
+    C->SetNumericType(ntFixed);
+    EXPECT_EQ(C->NumericType(), ntFixed);
+    C->SetParType(ptTemp);
+    C->SetNumericType(ntExponent);
+    EXPECT_EQ(C->ParType(), ptNone) << "only ntParType keeps a parameter type";
+}
+
+TEST_F(GridTest, LimitsAndScalesYieldOrAreIgnored) {
+    TNumColumn* C = Col(1);
+    C->SetMin(10);
+    EXPECT_EQ(C->Min(), 0) << "a minimum above the maximum yields";
+    C->SetMax(20);
+    C->SetMin(10);
+    C->SetMax(5);
+    EXPECT_EQ(C->Max(), 10);
+    C->SetMin(20);
+    EXPECT_EQ(C->Min(), 10);
+    C->SetRange(3, 1);
+    EXPECT_EQ(C->Min(), 3);
+    EXPECT_EQ(C->Max(), 3);
+    C->SetCustomScale(1e-15L);
+    EXPECT_EQ(C->CustomScale(), 1.0L);
+    C->SetCustomScale(-2);
+    EXPECT_EQ(C->CustomScale(), -2.0L);
+    C->SetWidth(90);
+    C->SetWidth(-1);
+    EXPECT_EQ(C->Width(), 90);
+    EXPECT_EQ(Grid->ColWidths(1), 90);
+    C->SetVisible(false);
+    EXPECT_EQ(C->Width(), -1);
+}
+
+TEST_F(GridTest, DefaultStrTitlesAndCheckBoxFlags) {
+    Col(1)->SetDecimals(2);
+    Col(1)->SetNumericType(ntFixed);
+    Col(1)->SetDefaultStr(QStringLiteral("abc"));
+    EXPECT_EQ(Col(1)->DefaultStr(), QStringLiteral("0.00"));
+    Col(2)->SetStringCol(true);
+    Col(2)->SetDefaultStr(QStringLiteral("abc"));
+    EXPECT_EQ(Col(2)->DefaultStr(), QStringLiteral("abc"));
+    EXPECT_EQ(Grid->Cells(2, 1), QString()) << "a string column starts empty";
+
+    Col(3)->SetCheckBoxCol(true);
+    EXPECT_TRUE(Col(3)->StringCol());
+    Col(3)->SetCheckBoxCol(false);
+    EXPECT_TRUE(Col(3)->StringCol());
+
+    Grid->SetTitleLineCount(3);
+    Grid->SetColCount(6);
+    EXPECT_EQ(Col(5)->Title()->Caption(), QStringLiteral("Title 5,1\r\nTitle 5,2\r\nTitle 5,3"));
+    Col(1)->SetParType(ptPress);
+    Col(1)->Title()->SetCaption(QStringLiteral(" P "));
+    EXPECT_EQ(Col(1)->TitleString(), QStringLiteral("P\r\n[bar]"));
+    EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("P\r\n[bar]"));
+    Col(4)->Title()->SetCaption(QStringLiteral("P"));
+    EXPECT_EQ(Col(4)->TitleString(), QStringLiteral("P"));
+    Col(4)->SetCustomUnitStr(QStringLiteral("[x]"));
+    EXPECT_EQ(Grid->Cells(4, 0), QStringLiteral("P\r\n[x]"));
+}
+
+TEST_F(GridTest, TheFirstUnitSwitchRecordsTheSecondReexpresses) {
+    TNumColumn* C = Col(1);
+    C->SetParType(ptLength);
+    Grid->SetCells(1, 1, QStringLiteral("1"));
+    C->SetUnitSystem(usImperial);
+    EXPECT_EQ(Grid->Cells(1, 1), QStringLiteral("1")) << "the first setting leaves the texts";
+    EXPECT_TRUE(C->UnitSystemSet());
+    C->SetUnitSystem(usSI);
+    EXPECT_EQ(Grid->Cells(1, 1), C->GetValueString(1, 0.0254L, true));
+    EXPECT_NEAR(static_cast<double>(Grid->GetDValues(1, 1)), 0.0254, 1e-6);
+
+    Col(2)->SetStringCol(true);
+    Grid->SetCells(2, 1, QStringLiteral("12"));
+    Col(2)->SetUnitSystem(usSI);
+    Col(2)->SetUnitSystem(usImperial);
+    EXPECT_EQ(Grid->Cells(2, 1), QStringLiteral("12")) << "string columns are never rewritten";
+}
+
+TEST_F(GridTest, ValuesThroughTheColumnsFormatAndLimits) {
+    TNumColumn* C = Col(1);
+    C->SetDataType(dtDouble);
+    C->SetNumericType(ntFixed);
+    C->SetDecimals(2);
+    C->SetRange(0, 10);
+    Grid->SetCells(1, 2, QStringLiteral("12"));
+    EXPECT_TRUE(Grid->CheckCell(1, 2));
+    EXPECT_EQ(Grid->Cells(1, 2), QStringLiteral("10.00")) << "clamped and reformatted";
+    Grid->SetCValues(1, 3, 2.5L);
+    EXPECT_EQ(Grid->Cells(1, 3), QStringLiteral("2.50"));
+    EXPECT_EQ(Grid->GetCValues(1, 3), 2.5L);
+    Grid->SetIntValues(1, 4, 7);
+    EXPECT_EQ(Grid->GetIntValues(1, 4), 7);
+    Grid->SetDValues(1, 4, std::numeric_limits<Extended>::quiet_NaN());
+    EXPECT_EQ(Grid->Cells(1, 4), QStringLiteral("0.00"));
+    Grid->SetCells(1, 4, QStringLiteral("x"));
+    EXPECT_EQ(Grid->GetIntValues(1, 4), 0);
+
+    // Hooks see the value and may change the text or the value.
+    C->SetOnGetNumtext([](QObject*, int Row, Extended, Extended Scaled, QString& Text) {
+        Text = QStringLiteral("%1:%2").arg(Row).arg(static_cast<double>(Scaled));
+    });
+    EXPECT_EQ(C->GetValueString(3, 4, true), QStringLiteral("3:4"));
+    C->SetOnSetNumValue([](QObject*, int, const QString&, Extended& V) { V = V * 2; });
+    Extended V = 0;
+    C->SetValuefromStr(1, QStringLiteral("4"), V, true);
+    EXPECT_EQ(V, 8.0L) << "the hook runs after the clamp";
+}
+
+TEST_F(GridTest, ExpressionColumnsEvaluateOutsideUpdates) {
+    TNumColumn* C = Col(1);
+    C->SetOnExprCheckVariable([](QObject*, const QString& Id, Extended& V, bool& Found) {
+        Found = Id == QLatin1String("p1");
+        V = 3;
+    });
+    C->Title()->SetCaption(QStringLiteral("Flow"));
+    Extended V = 0;
+    C->SetValuefromStr(1, QStringLiteral("2*p1"), V, false);
+    EXPECT_EQ(V, 6.0L);
+    Grid->BeginUpdate();
+    C->SetValuefromStr(1, QStringLiteral("2*p1"), V, false);
+    EXPECT_EQ(V, 0.0L) << "no evaluation while the grid updates";
+    Grid->EndUpdate();
+    try {
+        C->SetValuefromStr(1, QStringLiteral("2*q"), V, false);
+        ADD_FAILURE() << "an unknown identifier must raise";
+    } catch (const EQXParserError& E) {
+        EXPECT_TRUE(E.Message().startsWith(QStringLiteral("Table expression in Flow")))
+            << E.Message().toStdString();
+    }
+    EXPECT_TRUE(Grid->CheckCell(1, 1)) << "expression columns are not checked";
+}
+
+TEST_F(GridTest, MessagesNameTheCellAndTheForm) {
+    Col(2)->SetStringCol(true);
+    Extended V = 0;
+    EXPECT_FALSE(Grid->GetValueFromCell(2, 1, V, true));
+    Grid->SetCells(1, 2, QStringLiteral("abc"));
+    EXPECT_FALSE(Grid->GetValueFromCell(1, 2, V, false));
+    EXPECT_EQ(Grid->Cells(1, 2), QStringLiteral("abc")) << "the text stays as typed";
+    ASSERT_EQ(Dialogs.Count(), 2);
+    EXPECT_EQ(Dialogs.Dialogs()[0].Msg, QStringLiteral("Column nr. 2 is String column\r\nin CaseForm"));
+    EXPECT_EQ(Dialogs.Dialogs()[1].Msg, QStringLiteral("abc is no valid numeric input.\r\nin CaseForm"));
+    EXPECT_EQ(Dialogs.Dialogs()[1].DlgType, mtError);
+}
+
+TEST_F(GridTest, CheckAllCellsStartsAtRowOneAndStopsAtTheFirstFailure) {
+    Grid->SetFixedRows(2);
+    Col(3)->SetNumericType(ntFixed);
+    Col(3)->SetDataType(dtDouble);
+    Grid->SetCells(3, 1, QStringLiteral("5"));
+    EXPECT_TRUE(Grid->CheckAllCells());
+    EXPECT_EQ(Grid->Cells(3, 1), QStringLiteral("5.00")) << "row 1 is checked although it is fixed";
+    Grid->SetFixedRows(1);
+}
+
+TEST_F(GridTest, CheckBoxTexts) {
+    struct {
+        const char* Text;
+        bool Checked;
+    } const Cases[] = {{"yes", true}, {" x ", true}, {"1", true},  {"TRUE", true},   {"Y", true},
+                       {"no", false}, {"", false},   {"0", false}, {"false", false}, {"xx", false}};
+    for (const auto& C : Cases)
+        EXPECT_EQ(TNumGrid::StringCheckedStatus(QLatin1String(C.Text)), C.Checked) << C.Text;
+    Col(2)->SetCheckBoxCol(true);
+    Grid->SetCells(2, 1, QStringLiteral("yes"));
+    Grid->ToggleCheckedStatus(2, 1);
+    EXPECT_EQ(Grid->Cells(2, 1), QStringLiteral("FALSE"));
+    Grid->ToggleCheckedStatus(2, 1);
+    EXPECT_EQ(Grid->Cells(2, 1), QStringLiteral("TRUE"));
+    Grid->ToggleCheckedStatus(1, 1);
+    EXPECT_EQ(Grid->Cells(1, 1), QStringLiteral("0")) << "only check-box columns toggle";
+}
+
+TEST_F(GridTest, InsertAndDeleteRows) {
+    std::vector<int> NewRows, Deleted;
+    Grid->SetOnNewRow([&](QObject*, int R) { NewRows.push_back(R); });
+    Grid->SetAfterDeleteRow([&](QObject*, int R) { Deleted.push_back(R); });
+    for (int R = 1; R < 5; ++R)
+        Grid->SetCells(1, R, QString::number(R * 10));
+    Grid->SetInsertCopyRow(true);
+    Grid->InsertRow(1);
+    EXPECT_EQ(Grid->RowCount(), 6);
+    EXPECT_EQ(Grid->Cells(1, 1), QStringLiteral("0")) << "no data row above: defaults";
+    EXPECT_EQ(Grid->Cells(1, 2), QStringLiteral("10"));
+    Grid->InsertRow(3);
+    EXPECT_EQ(Grid->Cells(1, 3), QStringLiteral("10")) << "a copy of the row above";
+    EXPECT_EQ(Grid->Row(), 3);
+    EXPECT_EQ(NewRows, (std::vector<int>{1, 3}));
+
+    Grid->DeleteARow(3);
+    EXPECT_EQ(Grid->RowCount(), 6);
+    EXPECT_EQ(Deleted, std::vector<int>{3});
+    Grid->SetRowCountFixed(true);
+    Grid->InsertRow(1);
+    Grid->DeleteARow(1);
+    EXPECT_EQ(Grid->RowCount(), 6);
+    Grid->SetRowCountFixed(false);
+
+    Grid->SetRowCount(2);
+    Grid->SetCells(1, 1, QStringLiteral("9"));
+    Grid->SetCells(0, 1, QStringLiteral("fixed"));
+    Grid->DeleteARow(1);
+    EXPECT_EQ(Grid->RowCount(), 2) << "the last data row stays";
+    EXPECT_EQ(Grid->Cells(1, 1), QStringLiteral("9")) << "and is only cleared with ClearLastDelRow";
+    Grid->SetClearLastDelRow(true);
+    Grid->DeleteARow(1);
+    EXPECT_EQ(Grid->Cells(1, 1), QString());
+    EXPECT_EQ(Grid->Cells(0, 1), QStringLiteral("fixed"));
+    EXPECT_EQ(Deleted.size(), 1u) << "no AfterDeleteRow for the last row";
+
+    Grid->SetRowCount(4);
+    Grid->SetConfirmDelete(true);
+    Dialogs.Script({mrCancel});
+    Grid->DeleteARow(2);
+    EXPECT_EQ(Grid->RowCount(), 4);
+    ASSERT_EQ(Dialogs.Count(), 1);
+    EXPECT_EQ(Dialogs.Dialogs()[0].Msg, QStringLiteral("Delete Row ?"));
+}
+
+TEST_F(GridTest, CopyValueAndTheExactChangeTest) {
+    Col(1)->SetNumericType(ntFixed);
+    Col(1)->SetDataType(dtDouble);
+    Col(1)->SetDecimals(3);
+    Grid->SetCells(1, 1, QStringLiteral("1.000"));
+    EXPECT_TRUE(Grid->HasChanged()) << "no copy yet";
+    Grid->SetCopyValue();
+    EXPECT_FALSE(Grid->HasChanged());
+    Grid->SetCells(1, 1, QStringLiteral("1.0"));
+    EXPECT_TRUE(Grid->HasChanged()) << "texts, not values, are compared";
+    Grid->SetRowCount(9);
+    Grid->SetColCount(6);
+    Grid->SetCells(5, 8, QStringLiteral("x"));
+    Grid->RestoreCopyValue();
+    EXPECT_EQ(Grid->RowCount(), 5);
+    EXPECT_EQ(Grid->ColCount(), 5);
+    EXPECT_EQ(Grid->Cells(1, 1), QStringLiteral("1.000"));
+    EXPECT_FALSE(Grid->HasChanged());
+    Grid->SetCells(1, 2, QStringLiteral("4"));
+    Grid->OkChanges();
+    EXPECT_TRUE(Grid->ChangedAfterOK);
+    Grid->ResetToFormCreateVal();
+    EXPECT_EQ(Grid->Cells(1, 2), QStringLiteral("0.000"));
+}
+
+TEST_F(GridTest, CellEventsFireOnMovesAndChangedTexts) {
+    std::vector<QString> Log;
+    Grid->SetOnCellChange([&](QObject*, int C, int R, int OC, int OR) {
+        Log.push_back(QStringLiteral("move %1,%2 from %3,%4").arg(C).arg(R).arg(OC).arg(OR));
+    });
+    Grid->SetOnCellTxtChange([&](QObject*, int C, int R, const QString& Old) {
+        Log.push_back(QStringLiteral("text %1,%2 was %3").arg(C).arg(R).arg(Old));
+    });
+    Grid->SetCol(2);
+    Grid->SetCells(2, 1, QStringLiteral("5"));
+    Grid->SetRow(3);
+    Grid->SetRow(3);
+    // The grid was never entered, so the first cell's text is compared with the empty text.
+    EXPECT_EQ(Log,
+              (std::vector<QString>{QStringLiteral("text 1,1 was "), QStringLiteral("move 2,1 from 1,1"),
+                                    QStringLiteral("text 2,1 was 0"), QStringLiteral("move 2,3 from 2,1")}));
+}
+
+TEST_F(GridTest, ValueTextsAreShortAndSingleLine) {
+    Grid->SetColCount(12);
+    Grid->SetRowCount(40);
+    const QString S = Grid->GetValueText();
+    EXPECT_TRUE(S.startsWith(QStringLiteral("Row0:Title 0,1 Title 0,2;"))) << S.toStdString();
+    EXPECT_TRUE(S.endsWith(QStringLiteral("..."))) << S.toStdString();
+    EXPECT_FALSE(S.contains(QLatin1Char('\n')));
+    EXPECT_LT(S.size(), 160);
+    EXPECT_EQ(Grid->GetVariantValue().toString(), S);
+}
+
+TEST_F(GridTest, AssignTakesCountsAndTextsButNotColumns) {
+    TNumGrid Other;
+    Other.SetColCount(3);
+    Other.SetRowCount(4);
+    Other.SetCells(2, 3, QStringLiteral("7"));
+    Other.Columns()->Items(2)->SetParType(ptPress);
+    Grid->Assign(&Other);
+    EXPECT_EQ(Grid->ColCount(), 3);
+    EXPECT_EQ(Grid->RowCount(), 4);
+    EXPECT_EQ(Grid->Cells(2, 3), QStringLiteral("7"));
+    EXPECT_EQ(Col(2)->ParType(), ptNone);
+    QWidget NotAGrid;
+    EXPECT_THROW(Grid->Assign(&NotAGrid), EConvertError);
+}
+
+TEST_F(GridTest, AbsurdCountsAreRefused) {
+    EXPECT_THROW(Grid->SetRowCount(100'000'000), EConvertError);
+    EXPECT_EQ(Grid->RowCount(), 5);
+    Grid->SetRowCount(-3);
+    EXPECT_EQ(Grid->RowCount(), 0);
+    EXPECT_EQ(Grid->Cells(0, 0), QString());
+    EXPECT_EQ(Grid->FixedRows(), 0) << "no rows, no fixed rows";
+    Grid->SetRowCount(3);
+    Grid->SetFixedRows(1);
+    EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("Title 1,1\r\nTitle 1,2")) << "the title row comes back";
+}
+
+TEST_F(GridTest, ColumnAssignCopiesRawFields) {
+    TNumGrid Other;
+    TNumColumn* S = Other.Columns()->Items(1);
+    S->SetParType(ptTemp);
+    S->SetUnitSystem(usSI);
+    S->SetUnitSystem(usImperial);
+    S->SetDefaultStr(QStringLiteral("5"));
+    S->SetTag(4);
+    S->Title()->SetCaption(QStringLiteral("T"));
+    Col(1)->Assign(*S);
+    EXPECT_EQ(Col(1)->ParType(), ptTemp);
+    EXPECT_EQ(Col(1)->UnitSystem(), usImperial);
+    EXPECT_EQ(Col(1)->Title()->Caption(), QStringLiteral("T"));
+    EXPECT_EQ(Col(1)->Tag(), 0);
+    EXPECT_FALSE(Col(1)->UnitSystemSet());
+    EXPECT_EQ(Col(1)->DefaultStr(), QString());
+}
+
+} // namespace
