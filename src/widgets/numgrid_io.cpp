@@ -124,7 +124,7 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
     int V = 0;
     if (!D->FIgnoreColCountRead && ReadXmlInteger(Node, QStringLiteral("Colcount"), V)) NewCols = V;
     if (!D->FIgnoreRowCountRead && ReadXmlInteger(Node, QStringLiteral("Rowcount"), V)) NewRows = V;
-    if (NewCols < 0 || NewRows < 0 || qint64(NewCols) * NewRows > MaxCellCount())
+    if (NewCols < 0 || NewRows < 0 || std::max<qint64>(NewCols, 1) * std::max<qint64>(NewRows, 1) > MaxCellCount())
         XmlConvertError(QStringLiteral("Colcount"),
                         Tr("%1 columns and %2 rows are beyond the limit of %3 cells")
                             .arg(NewCols)
@@ -231,7 +231,7 @@ void TNumGrid::ReadCounts(TReader& Reader, int& Rows, int& Cols) const {
     const qint64 At = Reader.Position();
     Rows = Reader.ReadInteger();
     Cols = Reader.ReadInteger();
-    if (Rows < 0 || Cols < 0 || qint64(Rows) * Cols > MaxCellCount())
+    if (Rows < 0 || Cols < 0 || std::max<qint64>(Rows, 1) * std::max<qint64>(Cols, 1) > MaxCellCount())
         throw EReadError(Tr("Grid %1: %2 rows and %3 columns are beyond the limit of %4 cells")
                              .arg(GetIDstring())
                              .arg(Rows)

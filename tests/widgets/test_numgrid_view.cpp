@@ -9,6 +9,7 @@
 
 #include <QAccessible>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QTest>
 #include <QVBoxLayout>
 #include <gtest/gtest.h>
@@ -201,6 +202,15 @@ TEST_F(GridViewTest, AccessibleAsATable) {
     EXPECT_EQ(Cell->text(QAccessible::Name), QStringLiteral("4.25"));
     EXPECT_EQ(Cell->tableCellInterface()->rowIndex(), 1);
     EXPECT_EQ(Iface->indexOfChild(Cell), 4);
+}
+
+TEST_F(GridViewTest, ScrollBarsOnlyWhenTheCellsDoNotFit) {
+    EXPECT_EQ(Grid->verticalScrollBar()->maximum(), 0);
+    Grid->SetRowCount(200);
+    EXPECT_GT(Grid->verticalScrollBar()->maximum(), 150);
+    Grid->SetRowCount(5);
+    EXPECT_EQ(Grid->verticalScrollBar()->maximum(), 0);
+    EXPECT_EQ(Grid->TopRow(), 1);
 }
 
 TEST_F(GridViewTest, ColumnsStretchToTheWidth) {

@@ -1,0 +1,101 @@
+// The grid's readers over arbitrary bytes. The first byte picks the medium (stream record, XML
+// content, or the stream skip) and a few reading flags. Every read either succeeds or raises
+// EReadError / EConvertError / EXmlError, and a read that raises leaves the grid as it was.
+#include <qxnum/dialogs.h>
+#include <qxnum/widgets/numgrid.h>
+
+#include <QApplication>
+#include <QBuffer>
+
+#include <cstdlib>
+
+using namespace qxnum;
+
+namespace {
+
+void Check(bool Ok) {
+    if (!Ok) std::abort();
+}
+
+QApplication& App() {
+    static int Argc = 1;
+    static char Name[] = "fuzz_grid";
+    static char* Argv[] = {Name, nullptr};
+    static QApplication* A = [] {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        SetMessageDlgHandler([](const QString&, TMsgDlgType, TMsgDlgButtons) { return mrOk; });
+        return new QApplication(Argc, Argv);
+    }();
+    return *A;
+}
+
+QStringList Snapshot(TNumGrid& G) {
+    QStringList S{QString::number(G.ColCount()), QString::number(G.RowCount())};
+    for (int R = 0; R < G.RowCount(); ++R) S += G.Rows(R);
+    for (int C = 0; C < G.Columns()->Count(); ++C)
+        S += QStringLiteral("%1/%2").arg(G.Columns()->Items(C)->UnitSystem()).arg(G.Columns()->Items(C)->StringCol());
+    return S;
+}
+
+} // namespace
+
+// Font configuration keeps caches for the life of the process; they are not the grid's.
+extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig\n"; }
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
+    App();
+    if (Size == 0) return 0;
+    const quint8 Mode = Data[0];
+    const QByteArray Body(reinterpret_cast<const char*>(Data + 1), static_cast<qsizetype>(Size - 1));
+
+    TNumGrid Grid;
+    Grid.SetIgnoreRowCountRead(Mode & 4);
+    Grid.SetIgnoreColCountRead(Mode & 8);
+    Grid.SetIgnoreColPropsRead(Mode & 16);
+    Grid.SetReadColTitlesFromStream(Mode & 32);
+    Grid.SetStoreParTypes(Mode & 64);
+    Grid.Columns()->Items(1)->SetParType(ptPress);
+    Grid.SetCells(1, 1, QStringLiteral("1.5"));
+    const QStringList Before = Snapshot(Grid);
+    bool Failed = false;
+    try {
+        switch (Mode & 3) {
+        case 0:
+        case 1: {
+            QBuffer Buf;
+            Buf.setData(Body);
+            Buf.open(QIODevice::ReadOnly);
+            TReader R(&Buf);
+            if (Mode & 1)
+                Grid.SkipfromStream(R);
+            else
+                Grid.ReadfromStream(R);
+            break;
+        }
+        default: {
+            TXmlDocument Doc;
+            Doc.LoadFromBytes(Body);
+            if (!Doc.IsEmpty()) Grid.ReadFromXML(Doc.Root());
+            break;
+        }
+        }
+    } catch (const EReadError&) {
+        Failed = true;
+    } catch (const EConvertError&) {
+        Failed = true;
+    } catch (const EXmlError&) {
+        Failed = true;
+    }
+    if (Failed || (Mode & 3) == 1) Check(Snapshot(Grid) == Before);
+    Check(!Grid.ReadingFromStream());
+    // Whatever was read can be written again.
+    QBuffer Out;
+    Out.open(QIODevice::WriteOnly);
+    {
+        TWriter W(&Out);
+        Grid.WritetoStream(W);
+    }
+    TXmlDocument Doc;
+    Grid.WriteToXML(Doc.CreateRoot(QStringLiteral("g")));
+    return 0;
+}
