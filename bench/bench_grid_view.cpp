@@ -24,13 +24,15 @@ std::unique_ptr<TNumGrid> MakeGrid(size_t* BytesPerCell = nullptr) {
     auto Grid = std::make_unique<TNumGrid>();
     Grid->resize(1200, 800);
     Grid->SetColCount(Cols);
-    for (int C = 1; C < Cols; ++C) Grid->Columns()->Items(C)->SetParType(C % 2 ? ptPress : ptTemp);
+    for (int C = 1; C < Cols; ++C)
+        Grid->Columns()->Items(C)->SetParType(C % 2 ? ptPress : ptTemp);
     const size_t Before = mallinfo2().uordblks;
     Grid->BeginUpdate();
     Grid->SetRowCount(Rows + 1);
     for (int R = 1; R <= Rows; ++R) {
         Grid->SetCells(0, R, QString::number(R));
-        for (int C = 1; C < Cols; ++C) Grid->SetDValues(C, R, 101325.0L + R * 0.37L + C);
+        for (int C = 1; C < Cols; ++C)
+            Grid->SetDValues(C, R, 101325.0L + R * 0.37L + C);
     }
     const size_t After = mallinfo2().uordblks;
     if (BytesPerCell) *BytesPerCell = (After - Before) / (static_cast<size_t>(Rows) * Cols);
@@ -51,10 +53,14 @@ void Paint(benchmark::State& State, int TopRow) {
     State.counters["top_row"] = Grid->TopRow();
 }
 
-void BM_GridPaint_Top(benchmark::State& State) { Paint(State, 1); }
+void BM_GridPaint_Top(benchmark::State& State) {
+    Paint(State, 1);
+}
 BENCHMARK(BM_GridPaint_Top)->Unit(benchmark::kMicrosecond);
 
-void BM_GridPaint_Row99990(benchmark::State& State) { Paint(State, 99990); }
+void BM_GridPaint_Row99990(benchmark::State& State) {
+    Paint(State, 99990);
+}
 BENCHMARK(BM_GridPaint_Row99990)->Unit(benchmark::kMicrosecond);
 
 } // namespace

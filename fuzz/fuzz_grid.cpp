@@ -31,16 +31,21 @@ QApplication& App() {
 
 QStringList Snapshot(TNumGrid& G) {
     QStringList S{QString::number(G.ColCount()), QString::number(G.RowCount())};
-    for (int R = 0; R < G.RowCount(); ++R) S += G.Rows(R);
+    for (int R = 0; R < G.RowCount(); ++R)
+        S += G.Rows(R);
     for (int C = 0; C < G.Columns()->Count(); ++C)
-        S += QStringLiteral("%1/%2").arg(G.Columns()->Items(C)->UnitSystem()).arg(G.Columns()->Items(C)->StringCol());
+        S += QStringLiteral("%1/%2")
+                 .arg(G.Columns()->Items(C)->UnitSystem())
+                 .arg(G.Columns()->Items(C)->StringCol());
     return S;
 }
 
 } // namespace
 
 // Font configuration keeps caches for the life of the process; they are not the grid's.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig\n"; }
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig\n";
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
     App();

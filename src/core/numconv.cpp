@@ -80,15 +80,17 @@ void RoundTo(TDecimal& D, int Keep) {
 
 class TOut {
 public:
-    TOut() : FStr(32, Qt::Uninitialized), FData(reinterpret_cast<char16_t*>(FStr.data())) {}
+    TOut() = default;
+    TOut(const TOut&) = delete;
+    TOut& operator=(const TOut&) = delete;
     void Put(char16_t C) {
-        if (FLen == FStr.size()) Grow(1);
+        if (FLen == FCap) Grow(1);
         FData[FLen++] = C;
     }
     void Put(QChar C) { Put(C.unicode()); }
     void PutAscii(char C) { Put(static_cast<char16_t>(C)); }
     void Put(const char16_t* S, qsizetype N) {
-        if (FLen + N > FStr.size()) Grow(N);
+        if (FLen + N > FCap) Grow(N);
         std::memcpy(FData + FLen, S, static_cast<std::size_t>(N) * sizeof(char16_t));
         FLen += N;
     }
@@ -106,20 +108,24 @@ public:
         while (N > 0)
             PutAscii(Buf[--N]);
     }
-    // The text written so far; the writer is spent afterwards.
-    QString Text() {
-        FStr.resize(FLen);
-        return std::move(FStr);
-    }
+    // The text written so far, in a string of exactly its length: grid cells keep these texts by
+    // the hundred thousand, so spare capacity would cost more than the text itself.
+    QString Text() const { return QString(reinterpret_cast<const QChar*>(FData), FLen); }
 
 private:
     void Grow(qsizetype N) {
-        FStr.resize(std::max(FStr.size() * 2, FLen + N));
-        FData = reinterpret_cast<char16_t*>(FStr.data());
+        const qsizetype Cap = std::max(FCap * 2, FLen + N);
+        auto Heap = std::make_unique<char16_t[]>(static_cast<std::size_t>(Cap));
+        std::memcpy(Heap.get(), FData, static_cast<std::size_t>(FLen) * sizeof(char16_t));
+        FHeap = std::move(Heap);
+        FData = FHeap.get();
+        FCap = Cap;
     }
 
-    QString FStr; // written in place: the one allocation of a formatting call
-    char16_t* FData;
+    char16_t FBuf[64]; // written in place: the result is the one allocation of a formatting call
+    std::unique_ptr<char16_t[]> FHeap;
+    char16_t* FData = FBuf;
+    qsizetype FCap = 64;
     qsizetype FLen = 0;
 };
 

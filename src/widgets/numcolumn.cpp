@@ -492,7 +492,7 @@ void TNumColumn::SetUnitSystem(TUnitSystem AValue) {
     if (Rewrite) {
         TCellStore& Store = G->Priv()->Store;
         for (int R = First; R <= Last; ++R)
-            Store.Cell(C, R) = GetValueString(R, Values[static_cast<size_t>(R - First)], true);
+            Store.Put(C, R, GetValueString(R, Values[static_cast<size_t>(R - First)], true));
         G->Priv()->CellsChanged();
     }
     d->UnitSystemSet = true;

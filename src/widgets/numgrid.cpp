@@ -195,7 +195,7 @@ void TNumGrid::SetCells(int ACol, int ARow, const QString& Value) {
     if (!S.Contains(ACol, ARow)) return;
     QString& Cell = S.Cell(ACol, ARow);
     if (Cell == Value && Cell.isNull() == Value.isNull()) return;
-    Cell = Value;
+    TCellStore::Put(Cell, Value);
     Priv()->CellChanged(ACol, ARow);
 }
 
@@ -379,7 +379,8 @@ void TNumGrid::InitCol(int ACol) {
     TNumGridPrivate* D = Priv();
     TNumColumn* Column = D->FColumns->Items(ACol);
     if (!Column || ACol >= ColCount()) return;
-    const QString Text = DefaultCellText(ACol, D->FFixedRows, false);
+    QString Text = DefaultCellText(ACol, D->FFixedRows, false);
+    Text.squeeze(); // shared by every cell of the column
     // Only a hook can make the default depend on the row.
     const bool PerRow = static_cast<bool>(Column->Priv()->FOnGetNumText) && !Column->Priv()->FStringCol;
     for (int R = D->FFixedRows; R < RowCount(); ++R) {
@@ -394,7 +395,7 @@ void TNumGrid::InitRow(int ARow) {
     TNumGridPrivate* D = Priv();
     if (ARow < 0 || ARow >= RowCount()) return;
     for (int C = 0; C < std::min(ColCount(), D->FColumns->Count()); ++C)
-        D->Store.Cell(C, ARow) = DefaultCellText(C, ARow, true);
+        D->Store.Put(C, ARow, DefaultCellText(C, ARow, true));
     D->CellsChanged();
     if (D->FAfterInitRow) D->FAfterInitRow(this, ARow);
 }

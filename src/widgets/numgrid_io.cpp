@@ -124,7 +124,8 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
     int V = 0;
     if (!D->FIgnoreColCountRead && ReadXmlInteger(Node, QStringLiteral("Colcount"), V)) NewCols = V;
     if (!D->FIgnoreRowCountRead && ReadXmlInteger(Node, QStringLiteral("Rowcount"), V)) NewRows = V;
-    if (NewCols < 0 || NewRows < 0 || std::max<qint64>(NewCols, 1) * std::max<qint64>(NewRows, 1) > MaxCellCount())
+    if (NewCols < 0 || NewRows < 0 ||
+        std::max<qint64>(NewCols, 1) * std::max<qint64>(NewRows, 1) > MaxCellCount())
         XmlConvertError(QStringLiteral("Colcount"),
                         Tr("%1 columns and %2 rows are beyond the limit of %3 cells")
                             .arg(NewCols)
@@ -157,10 +158,11 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
         }
     }
 
-    // Rows: the first Min(RowCount, children) children, each naming its row.
+    // Rows: the first Min(RowCount, children) children, each naming its row. The texts are split
+    // into cells only when they are applied.
     struct TRowText {
         int Row;
-        QStringList Entries;
+        QString Text;
     };
     auto RowTexts = std::make_shared<std::vector<TRowText>>();
     const TXmlNode Rows = Node.NodeByName(QStringLiteral("Rows"));
@@ -169,7 +171,9 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
         for (TXmlNode N = Rows.FirstChild(); !N.IsNull() && Taken < NewRows; N = N.NextSibling(), ++Taken) {
             const QString Name = N.Name();
             bool Ok = false;
-            const int R = QString(Name).remove(QStringLiteral("Row")).toInt(&Ok);
+            const int R = QStringView(Name).startsWith(u"Row")
+                              ? QStringView(Name).mid(3).toInt(&Ok)
+                              : QString(Name).remove(QStringLiteral("Row")).toInt(&Ok);
             if (!Ok)
                 XmlConvertError(QStringLiteral("Rows"),
                                 Tr("'%1' is not a valid row element name").arg(Name.left(40)));
@@ -177,7 +181,9 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
                 XmlConvertError(
                     QStringLiteral("Rows"),
                     Tr("%1 names a row outside the %2 rows of the grid").arg(Name.left(40)).arg(NewRows));
-            RowTexts->push_back({R, N.ValueAsString().replace(LineBreakRef, LineBreak).split(Delimiter)});
+            QString Text = N.ValueAsString();
+            if (Text.contains(LineBreakRef)) Text.replace(LineBreakRef, LineBreak);
+            RowTexts->push_back({R, std::move(Text)});
         }
     }
 
@@ -196,16 +202,25 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
         }
         bool Titles = false;
         for (const TRowText& T : *RowTexts) {
-            if (T.Row >= GD->FFixedRows) {
-                auto& Row = GD->Store.Row(T.Row);
-                for (int C = 0; C < ColCount(); ++C)
-                    Row[static_cast<size_t>(C)] = C < T.Entries.size() ? T.Entries[C] : QString();
-            } else if (T.Row == 0 && GD->FReadColTitlesFromStream) {
-                for (int C = 0; C < NC && C < T.Entries.size(); ++C) {
-                    Columns->Items(C)->Title()->d->FCaption = T.Entries[C];
+            const bool Data = T.Row >= GD->FFixedRows;
+            if (!Data && !(T.Row == 0 && GD->FReadColTitlesFromStream)) continue;
+            auto& Row = GD->Store.Row(T.Row);
+            const QStringView Text(T.Text);
+            qsizetype Start = 0;
+            for (int C = 0; C < ColCount(); ++C) {
+                QString Entry;
+                if (Start <= Text.size()) {
+                    qsizetype End = Text.indexOf(Delimiter, Start);
+                    if (End < 0) End = Text.size();
+                    Entry = Text.mid(Start, End - Start).toString();
+                    Start = End + 1;
                 }
-                Titles = true;
+                if (Data)
+                    Row[static_cast<size_t>(C)] = std::move(Entry);
+                else if (C < NC)
+                    Columns->Items(C)->Title()->d->FCaption = std::move(Entry);
             }
+            Titles = Titles || !Data;
         }
         if (Titles) ResetTitles();
         GD->CellsChanged();

@@ -29,6 +29,14 @@ public:
     const std::vector<QString>& Row(int R) const { return FRows[static_cast<size_t>(R)]; }
     std::vector<QString>& Row(int R) { return FRows[static_cast<size_t>(R)]; }
 
+    // Stores a text without the spare capacity a formatter may have left in it: cells are many,
+    // and a formatted number typically carries twice its length.
+    static void Put(QString& Cell, const QString& Text) {
+        Cell = Text;
+        if (Cell.capacity() > Cell.size() + 3) Cell.squeeze();
+    }
+    void Put(int C, int R, const QString& Text) { Put(Cell(C, R), Text); }
+
     QObject* Object(int C, int R) const {
         return FObjects.empty() ? nullptr : FObjects[static_cast<size_t>(R)][static_cast<size_t>(C)];
     }
