@@ -47,16 +47,21 @@ int RowNameWidth(int RowCount) {
 // ---- XML ---------------------------------------------------------------------------------------------
 
 QString TNumGrid::XmlRowText(int ARow) const {
-    QString S;
+    // One pass over the cells into a string of the final size; a cell cannot carry the delimiter,
+    // so any ";" in it is dropped.
     const auto& Row = Priv()->Store.Row(ARow);
+    qsizetype Length = Row.empty() ? 0 : static_cast<qsizetype>(Row.size()) - 1;
+    for (const QString& Cell : Row)
+        Length += Cell.size();
+    QString S(Length, Qt::Uninitialized);
+    QChar* Out = S.data();
     for (size_t C = 0; C < Row.size(); ++C) {
-        if (C > 0) S += Delimiter;
-        // A cell cannot carry the delimiter.
-        if (Row[C].contains(Delimiter))
-            S += QString(Row[C]).remove(Delimiter);
-        else
-            S += Row[C];
+        if (C > 0) *Out++ = Delimiter;
+        const QChar* In = Row[C].constData();
+        for (const QChar* End = In + Row[C].size(); In != End; ++In)
+            if (*In != Delimiter) *Out++ = *In;
     }
+    S.truncate(Out - S.constData());
     return S;
 }
 
