@@ -189,9 +189,9 @@ void BM_GridStreamRoundTrip_Baseline(benchmark::State& State) {
         Buf.open(QIODevice::ReadWrite);
         {
             QDataStream Out(&Buf);
-            Out << qint32(Rows) << qint32(Cols);
+            Out << Rows << Cols;
             for (int C = 0; C < Cols; ++C)
-                Out << qint32(0);
+                Out << 0;
             for (int C = 0; C < Cols; ++C)
                 Out << false;
             for (const QString& S : Cells)
