@@ -163,6 +163,8 @@ public:
     void MoveTo(int C, int R, bool Extend);
     void ScrollIntoView(int C, int R);
     void EditorKey(QKeyEvent* E);
+    // The focus left the grid for another widget of the window.
+    void LeaveGrid();
     void PaintCell(QPainter& P, int C, int R, const QRect& Rect);
     int ColumnBorderAt(const QPoint& Pos) const;
     // Accessibility (numgrid_access.cpp).

@@ -146,8 +146,11 @@ void TGridCellEditor::focusOutEvent(QFocusEvent* E) {
     // A click elsewhere in the window ends the edit; a popup or another window does not.
     if (E->reason() == Qt::PopupFocusReason || E->reason() == Qt::ActiveWindowFocusReason) return;
     QWidget* Next = QApplication::focusWidget();
-    if (Next == FGrid) return;
-    if (isVisible()) TNumGridPrivate::Of(FGrid)->CommitEdit();
+    if (Next == FGrid || !isVisible()) return;
+    TNumGridPrivate* D = TNumGridPrivate::Of(FGrid);
+    D->CommitEdit();
+    // Straight from the editor to another widget: this is leaving the grid as well.
+    if (!Next || !FGrid->isAncestorOf(Next)) D->LeaveGrid();
 }
 
 // ---- private: layout -------------------------------------------------------------------------------
@@ -1028,9 +1031,13 @@ void TNumGrid::focusOutEvent(QFocusEvent* E) {
     QWidget* Next = QApplication::focusWidget();
     if (Next && (Next == D->View->Editor || isAncestorOf(Next))) return;
     if (D->View->Validating) return;
-    // Leaving the grid: an edited cell is checked; an invalid one takes the focus back.
-    if (D->View->CellEdited && !D->ValidateCurrent()) return;
-    CheckCellTxtChange(Col(), Row());
+    D->LeaveGrid();
+}
+
+void TNumGridPrivate::LeaveGrid() {
+    // An edited cell is checked; an invalid one takes the focus back.
+    if (View->CellEdited && !ValidateCurrent()) return;
+    q->CheckCellTxtChange(FCol, FRow);
 }
 
 void TNumGrid::changeEvent(QEvent* E) {

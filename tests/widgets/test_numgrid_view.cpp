@@ -81,6 +81,16 @@ TEST_F(GridViewTest, InvalidTextIsReportedOnceAndKeptInItsCell) {
     EXPECT_EQ(Dialogs.Count(), 2);
 }
 
+TEST_F(GridViewTest, LeavingFromAnOpenEditorChecksTheCellToo) {
+    Type("-");
+    ASSERT_TRUE(Grid->EditorMode());
+    Other->setFocus();
+    ASSERT_EQ(Dialogs.Count(), 1);
+    EXPECT_EQ(Dialogs.Dialogs()[0].Msg, QStringLiteral("- is no valid numeric input.\r\nin Form"));
+    EXPECT_EQ(Grid->Cells(1, 1), QStringLiteral("-"));
+    EXPECT_TRUE(qxnum::test::WaitFor([&] { return Grid->hasFocus(); }));
+}
+
 TEST_F(GridViewTest, EscapeRestoresAndTheEditorFollowsTheNumericRules) {
     Grid->SetCells(1, 1, QStringLiteral("3.00"));
     QTest::keyClick(Grid, Qt::Key_F2);
