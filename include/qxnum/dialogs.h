@@ -60,6 +60,16 @@ QXNUM_CORE_EXPORT int MessageDlg(const QString& Msg, TMsgDlgType DlgType, TMsgDl
                                  int HelpCtx = 0);
 // Replaces the handler and returns the previous one. An empty handler restores the built-in one.
 QXNUM_CORE_EXPORT TMessageDlgHandler SetMessageDlgHandler(TMessageDlgHandler Handler);
+// The help service: a Help button (of a field form, of the numeric input query) asks the host's
+// help system for the topic of a help context through this handler. Without one, nothing happens
+// and ShowHelp returns false.
+using THelpHandler = std::function<bool(int HelpContext)>;
+// Asks the help handler for the topic of HelpContext; false when there is no handler or it
+// declined.
+QXNUM_CORE_EXPORT bool ShowHelp(int HelpContext);
+// Replaces the help handler and returns the previous one; an empty handler removes it.
+QXNUM_CORE_EXPORT THelpHandler SetHelpHandler(THelpHandler Handler);
+
 // The result a dialog gives when it is closed without a button: Cancel when offered, else the
 // only affirmative button offered (OK, Yes), else mrNone.
 QXNUM_CORE_EXPORT int DefaultDialogResult(TMsgDlgButtons Buttons);

@@ -16,7 +16,23 @@ TMessageDlgHandler& CurrentHandler() {
     return Handler;
 }
 
+THelpHandler& CurrentHelpHandler() {
+    static THelpHandler Handler;
+    return Handler;
+}
+
 } // namespace
+
+bool ShowHelp(int HelpContext) {
+    const THelpHandler Handler = CurrentHelpHandler();
+    return Handler ? Handler(HelpContext) : false;
+}
+
+THelpHandler SetHelpHandler(THelpHandler Handler) {
+    THelpHandler Previous = CurrentHelpHandler();
+    CurrentHelpHandler() = std::move(Handler);
+    return Previous;
+}
 
 int DefaultDialogResult(TMsgDlgButtons Buttons) {
     if (Buttons.testFlag(mbCancel)) return mrCancel;

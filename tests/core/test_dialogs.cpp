@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 using namespace qxnum;
 using qxnum::test::DialogRecorder;
 
@@ -63,4 +65,20 @@ TEST(MessageDlg, HandlerMayReplaceItselfWhileRunning) {
     EXPECT_EQ(MessageDlg(QStringLiteral("first"), mtConfirmation, mbYesNo), mrYes);
     EXPECT_EQ(MessageDlg(QStringLiteral("second"), mtConfirmation, mbYesNo), mrNo);
     SetMessageDlgHandler(Saved);
+}
+
+TEST(ShowHelp, GoesToTheInstalledHandlerAndNowhereWithoutOne) {
+    EXPECT_FALSE(ShowHelp(17));
+    std::vector<int> Asked;
+    const THelpHandler Old = SetHelpHandler([&](int Ctx) {
+        Asked.push_back(Ctx);
+        return Ctx != 0;
+    });
+    EXPECT_FALSE(Old);
+    EXPECT_TRUE(ShowHelp(17));
+    EXPECT_FALSE(ShowHelp(0));
+    EXPECT_EQ(Asked, (std::vector<int>{17, 0}));
+    SetHelpHandler({});
+    EXPECT_FALSE(ShowHelp(17));
+    EXPECT_EQ(Asked.size(), 2u);
 }
