@@ -123,6 +123,9 @@ enum TGridOption : quint32 {
 };
 Q_DECLARE_FLAGS(TGridOptions, TGridOption)
 
+// Result of a field form's last read.
+enum TReadResultCode : quint8 { rrcOk, rrcUnknownComp, rrcUnknownClass, rrcClassMisMatch, rrcStreamError, rrcXmlError };
+
 Q_ENUM_NS(TParType)
 Q_ENUM_NS(TUnitSystem)
 Q_ENUM_NS(TNumericType)
@@ -134,6 +137,7 @@ Q_ENUM_NS(TAlignment)
 Q_ENUM_NS(TImeMode)
 Q_FLAG_NS(TColStretchOptions)
 Q_FLAG_NS(TGridOptions)
+Q_ENUM_NS(TReadResultCode)
 
 } // namespace qxnum
 

@@ -58,6 +58,10 @@ QXNUM_CORE_EXPORT QList<QObject*> ComponentsOf(QObject* Owner);
 // else the first match ignoring case; nullptr for an empty name or when there is none.
 QXNUM_CORE_EXPORT QObject* FindComponent(QObject* Owner, const QString& Name);
 
+// The class name of a component as files hold it and as it is registered: the Qt class name
+// without its namespace ("qxnum::TNumFld" gives "TNumFld"); empty for nullptr.
+QXNUM_CORE_EXPORT QString FileClassName(const QObject* Object);
+
 // The field contract of a component, nullptr when it has none.
 QXNUM_CORE_EXPORT INumFld* Supports(QObject* Object);
 QXNUM_CORE_EXPORT bool Supports(QObject* Object, INumFld*& Field);

@@ -1,9 +1,10 @@
-// Umbrella header of QXNumCtrls::Widgets: the numeric edit, the labelled input and the fields.
+// Umbrella header of QXNumCtrls::Widgets: the numeric edit, the labelled input, the fields, the grid and the field form.
 #pragma once
 
 #include <qxnum/core.h>
 
 #include <qxnum/widgets/fieldbase.h>
+#include <qxnum/widgets/fieldform.h>
 #include <qxnum/widgets/fields.h>
 #include <qxnum/widgets/numedit.h>
 #include <qxnum/widgets/numcolumn.h>

@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QObject>
 
+#include <cstring>
 #include <mutex>
 
 namespace qxnum {
@@ -116,6 +117,13 @@ QObject* FindComponent(QObject* Owner, const QString& Name) {
     for (QObject* O : List)
         if (O->objectName().compare(Name, Qt::CaseInsensitive) == 0) return O;
     return nullptr;
+}
+
+QString FileClassName(const QObject* Object) {
+    if (!Object) return {};
+    const char* Name = Object->metaObject()->className();
+    const char* Colons = std::strrchr(Name, ':');
+    return QString::fromLatin1(Colons ? Colons + 1 : Name);
 }
 
 INumFld* Supports(QObject* Object) {
