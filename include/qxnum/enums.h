@@ -124,7 +124,14 @@ enum TGridOption : quint32 {
 Q_DECLARE_FLAGS(TGridOptions, TGridOption)
 
 // Result of a field form's last read.
-enum TReadResultCode : quint8 { rrcOk, rrcUnknownComp, rrcUnknownClass, rrcClassMisMatch, rrcStreamError, rrcXmlError };
+enum TReadResultCode : quint8 {
+    rrcOk,
+    rrcUnknownComp,
+    rrcUnknownClass,
+    rrcClassMisMatch,
+    rrcStreamError,
+    rrcXmlError
+};
 
 Q_ENUM_NS(TParType)
 Q_ENUM_NS(TUnitSystem)

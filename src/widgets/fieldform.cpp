@@ -7,13 +7,13 @@
 #include <qxnum/widgets/numgrid.h>
 
 #include <QBuffer>
-#include <cstring>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QShowEvent>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <typeinfo>
 
 namespace qxnum {
 
@@ -22,7 +22,8 @@ TFieldFrame::~TFieldFrame() = default;
 
 namespace {
 
-QPushButton* MakeButton(QWidget* Panel, const QString& Name, const QString& Caption, int Width, int ModalResult) {
+QPushButton* MakeButton(QWidget* Panel, const QString& Name, const QString& Caption, int Width,
+                        int ModalResult) {
     auto* B = new QPushButton(Caption, Panel);
     B->setObjectName(Name);
     B->setFixedSize(Width, 32);
@@ -45,7 +46,9 @@ std::pair<QTabWidget*, int> TabSheetOf(const QWidget* W) {
     return Index < 0 ? std::pair<QTabWidget*, int>{nullptr, -1} : std::pair{Tabs, Index};
 }
 
-bool IsForm(const QWidget* W) { return W->isWindow() || qobject_cast<const TFieldForm*>(W); }
+bool IsForm(const QWidget* W) {
+    return W->isWindow() || qobject_cast<const TFieldForm*>(W);
+}
 
 bool Shown(const QWidget* W) {
     if (const auto [Tabs, Index] = TabSheetOf(W); Tabs) return Tabs->currentIndex() == Index;
@@ -87,8 +90,8 @@ void AssignField(QObject* Target, QObject* Source) {
     INumFld* To = Supports(Target);
     INumFld* From = Supports(Source);
     if (!To || !From || FileClassName(Target) != FileClassName(Source))
-        throw EConvertError(QStringLiteral("Cannot assign a %1 to a %2")
-                                .arg(FileClassName(Source), FileClassName(Target)));
+        throw EConvertError(
+            QStringLiteral("Cannot assign a %1 to a %2").arg(FileClassName(Source), FileClassName(Target)));
     QBuffer Buffer;
     Buffer.open(QIODevice::ReadWrite);
     {
@@ -140,15 +143,33 @@ TFieldForm::TFieldForm(QWidget* Parent) : QDialog(Parent), d(std::make_unique<TF
 
 TFieldForm::~TFieldForm() = default;
 
-QWidget* TFieldForm::ClientArea() const { return d->Client; }
-QWidget* TFieldForm::BottomButtonsPanel() const { return d->Panel; }
-QPushButton* TFieldForm::OKbtn() const { return d->OK; }
-QPushButton* TFieldForm::Cancelbtn() const { return d->Cancel; }
-QPushButton* TFieldForm::HelpBtn() const { return d->Help; }
-int TFieldForm::HelpContext() const { return d->HelpContext; }
-void TFieldForm::SetHelpContext(int AValue) { d->HelpContext = AValue; }
-int TFieldForm::ModalResult() const { return d->ModalResult; }
-QString TFieldForm::IDstr() const { return objectName(); }
+QWidget* TFieldForm::ClientArea() const {
+    return d->Client;
+}
+QWidget* TFieldForm::BottomButtonsPanel() const {
+    return d->Panel;
+}
+QPushButton* TFieldForm::OKbtn() const {
+    return d->OK;
+}
+QPushButton* TFieldForm::Cancelbtn() const {
+    return d->Cancel;
+}
+QPushButton* TFieldForm::HelpBtn() const {
+    return d->Help;
+}
+int TFieldForm::HelpContext() const {
+    return d->HelpContext;
+}
+void TFieldForm::SetHelpContext(int AValue) {
+    d->HelpContext = AValue;
+}
+int TFieldForm::ModalResult() const {
+    return d->ModalResult;
+}
+QString TFieldForm::IDstr() const {
+    return objectName();
+}
 
 void TFieldForm::EnsureCreated() {
     if (!d->Created) FormCreate();
@@ -167,7 +188,9 @@ void TFieldForm::SetCopyValues() {
     TFieldFormPrivate::ForEachFieldAndFrameField(this, [](QObject*, INumFld* F) { F->SetCopyValue(); });
 }
 
-void TFieldForm::FormShow() { SetCopyValues(); }
+void TFieldForm::FormShow() {
+    SetCopyValues();
+}
 
 void TFieldForm::showEvent(QShowEvent* E) {
     QDialog::showEvent(E);
@@ -206,7 +229,9 @@ void TFieldForm::OKbtnClick() {
     accept();
 }
 
-void TFieldForm::HelpBtnClick() { ShowHelp(d->HelpContext); }
+void TFieldForm::HelpBtnClick() {
+    ShowHelp(d->HelpContext);
+}
 
 void TFieldForm::done(int r) {
     EnsureCreated();
@@ -220,7 +245,8 @@ void TFieldForm::FormClose(int AModalResult) {
     if (AModalResult == mrOk)
         TFieldFormPrivate::ForEachFieldAndFrameField(this, [](QObject*, INumFld* F) { F->OkChanges(); });
     else if (AModalResult == mrCancel)
-        TFieldFormPrivate::ForEachFieldAndFrameField(this, [](QObject*, INumFld* F) { F->RestoreCopyValue(); });
+        TFieldFormPrivate::ForEachFieldAndFrameField(this,
+                                                     [](QObject*, INumFld* F) { F->RestoreCopyValue(); });
     if (!d->OK->isHidden() && d->OK->isEnabled()) d->OK->setFocus(Qt::OtherFocusReason);
 }
 
@@ -233,7 +259,9 @@ void TFieldForm::ResetToCreateFormState(bool AlsoIfInvisible) {
     });
 }
 
-bool TFieldForm::ControlIsVisible(const QWidget* AControl) const { return AControl && VisibleByRule(AControl); }
+bool TFieldForm::ControlIsVisible(const QWidget* AControl) const {
+    return AControl && VisibleByRule(AControl);
+}
 
 int TFieldForm::ShowModalFocused(const QString& FocusControlName) {
     EnsureCreated();
@@ -261,9 +289,9 @@ int TFieldForm::ShowModalFocused(const QString& FocusControlName) {
 
 void TFieldForm::Assign(const TFieldForm& Source) {
     EnsureCreated();
-    if (std::strcmp(metaObject()->className(), Source.metaObject()->className()) != 0)
-        throw EConvertError(QStringLiteral("Cannot assign a %1 to a %2")
-                                .arg(FileClassName(&Source), FileClassName(this)));
+    if (typeid(*this) != typeid(Source))
+        throw EConvertError(
+            QStringLiteral("Cannot assign a %1 to a %2").arg(FileClassName(&Source), FileClassName(this)));
     auto* From = const_cast<TFieldForm*>(&Source);
     for (QObject* C : ComponentsOf(this)) {
         if (Supports(C)) {

@@ -16,7 +16,9 @@ const QString XmlClosing =
     QStringLiteral("The data is ignored and will be deleted from config/case XML data.\r\n"
                    "\"Save-as\" to different filename or do not save if you wish to keep the original data.");
 
-void Warning(const QString& Msg) { MessageDlg(Msg, mtWarning, mbOK); }
+void Warning(const QString& Msg) {
+    MessageDlg(Msg, mtWarning, mbOK);
+}
 
 QString ExceptionText(const std::exception& E) {
     if (const auto* Q = dynamic_cast<const Exception*>(&E)) return Q->Message();
@@ -52,7 +54,9 @@ void TFieldForm::WritetoStream(TWriter& Writer) {
     WriteStreamCode(Writer, FieldFormEndCode);
 }
 
-void TFieldForm::CustomWriteToStream(TWriter& Writer) { Writer.WriteString(CustomStreamTag); }
+void TFieldForm::CustomWriteToStream(TWriter& Writer) {
+    Writer.WriteString(CustomStreamTag);
+}
 void TFieldForm::CustomReadFromStream(TReader&) {}
 
 void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
@@ -139,7 +143,8 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
         // is half read: report, and resynchronise unless the stream has ended.
         ReadResultCode = rrcStreamError;
         Warning(QStringLiteral("Error reading FieldForm ") + Id + QStringLiteral("\r\n") + ExceptionText(E));
-        if (!Stopped && !Reader.AtEnd()) SkipStreamUntilCode(Reader, EndCode, QStringLiteral("FieldForm ") + Id);
+        if (!Stopped && !Reader.AtEnd())
+            SkipStreamUntilCode(Reader, EndCode, QStringLiteral("FieldForm ") + Id);
     }
     Q_EMIT formRead(ReadResultCode);
 }
@@ -173,8 +178,12 @@ void TFieldForm::WriteToXML(TXmlNode ParentXmlNode) {
     CustomWriteToXML(ParentXmlNode);
 }
 
-void TFieldForm::CustomWriteToXML(TXmlNode Node) { FormXmlRootNode = Node; }
-void TFieldForm::CustomReadFromXML(TXmlNode Node) { FormXmlRootNode = Node; }
+void TFieldForm::CustomWriteToXML(TXmlNode Node) {
+    FormXmlRootNode = Node;
+}
+void TFieldForm::CustomReadFromXML(TXmlNode Node) {
+    FormXmlRootNode = Node;
+}
 
 void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
     EnsureCreated();
@@ -184,7 +193,8 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
     bool ProblemSeen = false;
     bool FieldErrorShown = false;
     // One message per read: the first problem element's, when Warn.
-    const auto Problem = [&](const TXmlNode& Element, const QString& Msg, std::optional<TReadResultCode> Code) {
+    const auto Problem = [&](const TXmlNode& Element, const QString& Msg,
+                             std::optional<TReadResultCode> Code) {
         Stale.append(Element);
         if (Warn && !ProblemSeen) {
             Warning(Msg);
@@ -214,8 +224,9 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
         if (!Comp) {
             ReadResultCode = rrcUnknownComp;
             Problem(Element,
-                    QStringLiteral("Field with name \"") + ID + QStringLiteral("\" not found while reading ") +
-                        Id + QStringLiteral("\r\ndue to old model version.\r\n\r\n") + XmlClosing,
+                    QStringLiteral("Field with name \"") + ID +
+                        QStringLiteral("\" not found while reading ") + Id +
+                        QStringLiteral("\r\ndue to old model version.\r\n\r\n") + XmlClosing,
                     std::nullopt);
             continue;
         }
@@ -224,16 +235,17 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
             Problem(Element,
                     QStringLiteral("Classes \"") + C + QStringLiteral("\" (read) and ") + Assigned +
                         QStringLiteral(" (assigned)\r\nof Field ") + ID +
-                        QStringLiteral(" do not match while reading ") + Id + QStringLiteral("\r\n") + Probably +
-                        QStringLiteral(".\r\n\r\n") + XmlClosing,
+                        QStringLiteral(" do not match while reading ") + Id + QStringLiteral("\r\n") +
+                        Probably + QStringLiteral(".\r\n\r\n") + XmlClosing,
                     rrcClassMisMatch);
             continue;
         }
         INumFld* F = Supports(Comp);
         if (!F) {
             Problem(Element,
-                    QStringLiteral("Class ") + C + QStringLiteral(" of Field ") + ID + QStringLiteral("\r\nunknown to ") +
-                        Id + QStringLiteral("\r\n") + Probably + QStringLiteral(".\r\n\r\n") + XmlClosing,
+                    QStringLiteral("Class ") + C + QStringLiteral(" of Field ") + ID +
+                        QStringLiteral("\r\nunknown to ") + Id + QStringLiteral("\r\n") + Probably +
+                        QStringLiteral(".\r\n\r\n") + XmlClosing,
                     rrcUnknownClass);
             continue;
         }
@@ -244,8 +256,9 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
             ReadResultCode = rrcXmlError;
             if (!FieldErrorShown) {
                 FieldErrorShown = true;
-                Warning(QStringLiteral("Error reading Field ") + Element.AttributeByName(QStringLiteral("ID")) +
-                        QStringLiteral(" from ") + Id + QStringLiteral("\r\n") + ExceptionText(E));
+                Warning(QStringLiteral("Error reading Field ") +
+                        Element.AttributeByName(QStringLiteral("ID")) + QStringLiteral(" from ") + Id +
+                        QStringLiteral("\r\n") + ExceptionText(E));
             }
         }
     }

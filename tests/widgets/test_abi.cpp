@@ -4,6 +4,7 @@
 // intended break, update the expected layout here.
 #include <qxnum/filer.h>
 #include <qxnum/parser.h>
+#include <qxnum/widgets/fieldform.h>
 #include <qxnum/widgets/fields.h>
 #include <qxnum/widgets/numedit.h>
 #include <qxnum/widgets/numcolumn.h>
@@ -51,6 +52,15 @@ struct TExceptionLayout {
 struct TFieldBaseLayout {
     bool ChangedAfterOK; // public
     void* D;
+};
+// The form's public state is the classic one (public by contract); the rest is private.
+struct TFieldFormLayout {
+    TStreamCode EndCode;
+    TReadResultCode ReadResultCode;
+    bool VersionUpdated;
+    bool RevertingToDefaults;
+    TXmlNode FormXmlRootNode;
+    void* d;
 };
 struct TXmlErrorLayout {
     QString Reason;
@@ -113,6 +123,8 @@ TEST(Abi, EveryPublicClassHasItsPinnedSize) {
         {"TNumColTitle", sizeof(TNumColTitle), Derived<TPointer, QObject>()},
         {"TNumColumn", sizeof(TNumColumn), Derived<TPointer, QObject>()},
         {"TNumColumns", sizeof(TNumColumns), Derived<TPointer, QObject>()},
+        {"TFieldFrame", sizeof(TFieldFrame), Derived<TPointer, QFrame>()},
+        {"TFieldForm", sizeof(TFieldForm), Derived<TFieldFormLayout, QDialog>()},
     };
     for (const auto& R : Table)
         EXPECT_EQ(R.Actual, R.Expected) << R.Class

@@ -130,9 +130,9 @@ struct FormIoTest : ::testing::Test {
     DialogRecorder Dialogs;
 };
 
-const QString Closing = QStringLiteral(
-    "The data is ignored and will be deleted from config/case XML data.\r\n"
-    "\"Save-as\" to different filename or do not save if you wish to keep the original data.");
+const QString Closing =
+    QStringLiteral("The data is ignored and will be deleted from config/case XML data.\r\n"
+                   "\"Save-as\" to different filename or do not save if you wish to keep the original data.");
 
 TEST_F(FormIoTest, AnOldStreamIsReadIntoTheNewFormWithAndWithoutWarnings) {
     struct Case {
@@ -142,9 +142,11 @@ TEST_F(FormIoTest, AnOldStreamIsReadIntoTheNewFormWithAndWithoutWarnings) {
     };
     const Case Cases[] = {
         {true,
-         {QStringLiteral("Some fields not found while reading Form2\r\ndue to old model version, model is now upgraded"),
-          QStringLiteral("Classes TCheckFld (read) and TStringFld (assigned)\r\nof Field C do not match while "
-                         "reading FieldForm Form2\r\n(probably old model version)")},
+         {QStringLiteral(
+              "Some fields not found while reading Form2\r\ndue to old model version, model is now upgraded"),
+          QStringLiteral(
+              "Classes TCheckFld (read) and TStringFld (assigned)\r\nof Field C do not match while "
+              "reading FieldForm Form2\r\n(probably old model version)")},
          rrcClassMisMatch},
         {false, {}, rrcUnknownComp},
     };
@@ -173,7 +175,8 @@ TEST_F(FormIoTest, AnOldXmlIsReadIntoTheNewFormAndItsStaleElementsDeleted) {
         F.ReadFromXML(Node, Warn);
         // Only the first problem (B not found) speaks; C's mismatch is deleted silently.
         const QStringList Expected{
-            QStringLiteral("Field with name \"B\" not found while reading Form2\r\ndue to old model version.\r\n\r\n") +
+            QStringLiteral(
+                "Field with name \"B\" not found while reading Form2\r\ndue to old model version.\r\n\r\n") +
             Closing};
         EXPECT_EQ(Dialogs.Messages(), Warn ? Expected : QStringList());
         EXPECT_EQ(F.ReadResultCode, rrcUnknownComp);
@@ -195,14 +198,17 @@ TEST_F(FormIoTest, EachXmlProblemHasItsMessageAndCode) {
     const QString P = QStringLiteral("(probably old model version).\r\n\r\n") + Closing;
     const Case Cases[] = {
         {"<INumFld ID=\"A\" ClassName=\"TOldFld\"/>",
-         QStringLiteral("Class \"TOldFld\" of Field A\r\nnot registered while readingForm2\r\n") + P, rrcUnknownClass},
+         QStringLiteral("Class \"TOldFld\" of Field A\r\nnot registered while readingForm2\r\n") + P,
+         rrcUnknownClass},
         {"<INumFld ID=\"C\" ClassName=\"TCheckFld\"/>",
-         QStringLiteral("Classes \"TCheckFld\" (read) and TStringFld (assigned)\r\nof Field C do not match while "
-                        "reading Form2\r\n") +
+         QStringLiteral(
+             "Classes \"TCheckFld\" (read) and TStringFld (assigned)\r\nof Field C do not match while "
+             "reading Form2\r\n") +
              P,
          rrcClassMisMatch},
         {"<INumFld ClassName=\"TNumFld\"/>",
-         QStringLiteral("Field with name \"\" not found while reading Form2\r\ndue to old model version.\r\n\r\n") +
+         QStringLiteral(
+             "Field with name \"\" not found while reading Form2\r\ndue to old model version.\r\n\r\n") +
              Closing,
          rrcUnknownComp},
     };
@@ -224,27 +230,31 @@ TEST_F(FormIoTest, EachXmlProblemHasItsMessageAndCode) {
 
 // A component that is registered but is no field: the "unknown" problem.
 TEST_F(FormIoTest, ARegisteredClassThatIsNoFieldIsUnknownInBothMedia) {
-    RegisterClass(QStringLiteral("QWidget"), [](QObject* O) { return new QWidget(qobject_cast<QWidget*>(O)); });
+    RegisterClass(QStringLiteral("QWidget"),
+                  [](QObject* O) { return new QWidget(qobject_cast<QWidget*>(O)); });
     FormV2 F;
     Add<QWidget>(F.ClientArea(), "Box");
     TXmlDocument Doc;
     Doc.LoadFromBytes("<F><INumFld ID=\"Box\" ClassName=\"QWidget\"/></F>");
     F.ReadFromXML(Doc.Root(), true);
-    EXPECT_EQ(Dialogs.Messages(),
-              QStringList{QStringLiteral("Class QWidget of Field Box\r\nunknown to Form2\r\n(probably old model "
-                                         "version).\r\n\r\n") +
-                          Closing});
+    EXPECT_EQ(
+        Dialogs.Messages(),
+        QStringList{QStringLiteral("Class QWidget of Field Box\r\nunknown to Form2\r\n(probably old model "
+                                   "version).\r\n\r\n") +
+                    Closing});
     EXPECT_EQ(F.ReadResultCode, rrcUnknownClass);
 
     Dialogs.Clear();
     F.EndCode = FieldFormEndCode;
     Bytes S;
-    S.Signature().ListBegin().Str("QWidget").Str("Box").Str("TNumFld").Str("A").Ext2p5().Bool(true).Bool(true);
+    S.Signature().ListBegin().Str("QWidget").Str("Box").Str("TNumFld").Str("A").Ext2p5().Bool(true).Bool(
+        true);
     S.ListEnd().EndMarker();
     EXPECT_EQ(ReadForm(F, S.B, true), S.B.size());
-    EXPECT_EQ(Dialogs.Messages(), QStringList{QStringLiteral(
-                                      "Class QWidget of Field Box\r\nunknown to FieldForm Form2\r\n(probably old "
-                                      "model version)")});
+    EXPECT_EQ(Dialogs.Messages(),
+              QStringList{
+                  QStringLiteral("Class QWidget of Field Box\r\nunknown to FieldForm Form2\r\n(probably old "
+                                 "model version)")});
     EXPECT_EQ(F.ReadResultCode, rrcUnknownClass);
     EXPECT_EQ(F.A->Value(), 7.0L) << "the read stops at the unknown record";
     UnRegisterClass(QStringLiteral("QWidget"));
@@ -269,8 +279,8 @@ TEST_F(FormIoTest, AnUnregisteredClassEndsTheReadAtTheEndCode) {
         F.EndCode = K.EndCode;
         EXPECT_EQ(ReadForm(F, S.B, true), K.End);
         EXPECT_EQ(Dialogs.Messages(),
-                  QStringList{QStringLiteral(
-                      "Class TOldFld of Field A\r\nnot registered while readingForm2\r\n(probably old model version)")});
+                  QStringList{QStringLiteral("Class TOldFld of Field A\r\nnot registered while "
+                                             "readingForm2\r\n(probably old model version)")});
         EXPECT_EQ(F.ReadResultCode, rrcUnknownClass);
         EXPECT_EQ(F.A->Value(), 2.5L);
     }
@@ -286,8 +296,8 @@ TEST_F(FormIoTest, ABrokenFieldRecordIsAStreamErrorThatKeepsTheField) {
     S.Str("TCheckFld").Str("D").Str("yes").Bool(true).Bool(true);
     S.ListEnd().EndMarker();
     EXPECT_EQ(ReadForm(F, S.B, false), S.B.size());
-    EXPECT_EQ(Dialogs.Messages(),
-              QStringList{QStringLiteral("Error reading Class TCheckFld of Field D\r\nfrom FieldForm Form2")});
+    EXPECT_EQ(Dialogs.Messages(), QStringList{QStringLiteral(
+                                      "Error reading Class TCheckFld of Field D\r\nfrom FieldForm Form2")});
     EXPECT_EQ(F.ReadResultCode, rrcStreamError);
     EXPECT_EQ(F.A->Value(), 2.5L);
     EXPECT_TRUE(F.D->isChecked());
@@ -353,7 +363,8 @@ TEST_F(FormIoTest, ADerivedFormReadsItsOwnDataAfterTheFields) {
     G.Fail = true;
     G.EndCode = FieldFormEndCode;
     EXPECT_EQ(ReadForm(G, S.B, false), S.B.size());
-    EXPECT_EQ(Dialogs.Messages().last(), QStringLiteral("Error in CustomReadFromStream in\r\nFieldForm Notes"));
+    EXPECT_EQ(Dialogs.Messages().last(),
+              QStringLiteral("Error in CustomReadFromStream in\r\nFieldForm Notes"));
     EXPECT_EQ(G.ReadResultCode, rrcStreamError);
     EXPECT_EQ(G.Name->text(), QStringLiteral("n1"));
 
@@ -362,7 +373,8 @@ TEST_F(FormIoTest, ADerivedFormReadsItsOwnDataAfterTheFields) {
     Doc.LoadFromBytes("<Notes><INumFld ID=\"Gone\" ClassName=\"TStringFld\"/><Note>x</Note></Notes>");
     Dialogs.Clear();
     G.ReadFromXML(Doc.Root(), false);
-    EXPECT_EQ(Dialogs.Messages(), QStringList{QStringLiteral("Error in CustomReadFromXML in\r\nFieldForm Notes")});
+    EXPECT_EQ(Dialogs.Messages(),
+              QStringList{QStringLiteral("Error in CustomReadFromXML in\r\nFieldForm Notes")});
     EXPECT_TRUE(G.FormXmlRootNode == Doc.Root());
     EXPECT_TRUE(G.VersionUpdated);
     EXPECT_FALSE(Doc.Root().NodeByName(QStringLiteral("INumFld")));
@@ -402,7 +414,8 @@ struct AllForm : TFieldForm {
     }
     QStringList Values() {
         QStringList L;
-        for (INumFld* F : std::initializer_list<INumFld*>{Num, Str, Memo, Check, Combo, Date, Grid, Hidden, FrameNum})
+        for (INumFld* F :
+             std::initializer_list<INumFld*>{Num, Str, Memo, Check, Combo, Date, Grid, Hidden, FrameNum})
             L << F->GetValueText();
         return L;
     }
@@ -419,7 +432,7 @@ TEST_F(FormIoTest, EveryFieldClassRoundTripsInBothMedia) {
     EXPECT_EQ(ReadForm(FromStream, Data, true), Data.size());
     EXPECT_EQ(FromStream.ReadResultCode, rrcOk);
     QStringList Expected = Written;
-    Expected[7] = QStringLiteral("h2"); // not saved
+    Expected[7] = QStringLiteral("h2");                // not saved
     Expected[8] = FromStream.FrameNum->GetValueText(); // frames are not in streams
     EXPECT_EQ(FromStream.Values(), Expected);
     EXPECT_EQ(FromStream.FrameNum->Value(), 6.0L);
@@ -429,16 +442,20 @@ TEST_F(FormIoTest, EveryFieldClassRoundTripsInBothMedia) {
     FromXml.Fill(2);
     TXmlDocument Doc;
     Source.WriteToXML(Doc.CreateRoot(QStringLiteral("All")));
-    EXPECT_TRUE(Doc.Root().NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"), QStringLiteral("Amb.T")));
-    EXPECT_FALSE(Doc.Root().NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"), QStringLiteral("Hidden")));
+    EXPECT_TRUE(Doc.Root().NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"),
+                                                QStringLiteral("Amb.T")));
+    EXPECT_FALSE(Doc.Root().NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"),
+                                                 QStringLiteral("Hidden")));
     FromXml.ReadFromXML(Doc.Root(), true);
     EXPECT_EQ(Dialogs.Count(), 0) << Dialogs.Messages().join(QStringLiteral(" | ")).toStdString();
     Expected[8] = Written[8];
     EXPECT_EQ(FromXml.Values(), Expected);
     EXPECT_FALSE(FromXml.VersionUpdated);
-    EXPECT_EQ(Doc.Root().NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"), QStringLiteral("Grid"))
-                  .AttributeByName(QStringLiteral("ClassName")),
-              QStringLiteral("TNumGrid"));
+    EXPECT_EQ(
+        Doc.Root()
+            .NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"), QStringLiteral("Grid"))
+            .AttributeByName(QStringLiteral("ClassName")),
+        QStringLiteral("TNumGrid"));
 }
 
 TEST_F(FormIoTest, WritingTwiceUpdatesInPlaceAndLeavesForeignElementsAlone) {
@@ -454,7 +471,8 @@ TEST_F(FormIoTest, WritingTwiceUpdatesInPlaceAndLeavesForeignElementsAlone) {
     EXPECT_EQ(Doc.Root().NodeCount(), Count);
     EXPECT_NE(Doc.SaveToBytes(), First);
     EXPECT_EQ(Doc.Root().NodeByName(QStringLiteral("Other")).ValueAsString(), QStringLiteral("keep"));
-    EXPECT_TRUE(Doc.Root().NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"), QStringLiteral("Foreign")));
+    EXPECT_TRUE(Doc.Root().NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"),
+                                                QStringLiteral("Foreign")));
     EXPECT_EQ(Doc.Root().Nodes(0).Name(), QStringLiteral("Other")) << "the order of what was there stays";
 }
 
@@ -480,9 +498,9 @@ TEST_F(FormIoTest, FindNumFldLooksIntoFramesWithoutComparingTheFrameName) {
         const char* ID;
         QObject* Expected;
     };
-    const Case Cases[] = {{"Num", F.Num},   {"T", F.FrameNum},   {"Amb.T", F.FrameNum}, {"Other.T", F.FrameNum},
-                          {"num", nullptr}, {"Amb.Num", nullptr}, {"", nullptr},         {"Amb", nullptr},
-                          {"OKbtn", nullptr}};
+    const Case Cases[] = {{"Num", F.Num},          {"T", F.FrameNum}, {"Amb.T", F.FrameNum},
+                          {"Other.T", F.FrameNum}, {"num", nullptr},  {"Amb.Num", nullptr},
+                          {"", nullptr},           {"Amb", nullptr},  {"OKbtn", nullptr}};
     for (const Case& K : Cases)
         EXPECT_EQ(F.FindNumFld(QString::fromLatin1(K.ID)), K.Expected) << K.ID;
 }
