@@ -18,11 +18,13 @@ const char Usage[] = "Usage: qxcase COMMAND FILE\n"
                      "              component name, and the values of known field classes are named\n"
                      "  xml FILE    list the fields of an XML case file: every \"INumFld\" element with\n"
                      "              its ID, ClassName and the texts of its content\n"
+                     "  check FILE  check the fields of an XML case file: is each class registered,\n"
+                     "              has each element an ID, does an ID occur twice in one form\n"
                      "  --help      show this text\n"
                      "  --version   show the version\n"
                      "\n"
                      "Exit status: 0 on success, 1 when the file cannot be read or is malformed,\n"
-                     "2 for a wrong command line.\n";
+                     "2 for a wrong command line, 3 when check found problems.\n";
 
 // An XML file handed to dump: it starts with '<', after a byte order mark and blanks.
 bool LooksLikeXml(const QByteArray& Data) {
@@ -43,7 +45,8 @@ int Run(const QStringList& Args, QString& Out, QString& Err) {
         return 0;
     }
     const bool Known =
-        !Args.isEmpty() && (Args[0] == QLatin1String("dump") || Args[0] == QLatin1String("xml"));
+        !Args.isEmpty() && (Args[0] == QLatin1String("dump") || Args[0] == QLatin1String("xml") ||
+                            Args[0] == QLatin1String("check"));
     if (!Known || Args.size() != 2) {
         if (!Known && !Args.isEmpty()) Err = QStringLiteral("qxcase: unknown command \"%1\"\n").arg(Args[0]);
         Err += QString::fromLatin1(Usage);
@@ -67,7 +70,10 @@ int Run(const QStringList& Args, QString& Out, QString& Err) {
             return 1;
         }
         QString Error;
-        const bool Ok = Dump ? DumpStream(Data, Out, Error) : ListXmlCase(Data, Out, Error);
+        int Problems = 0;
+        const bool Ok = Dump ? DumpStream(Data, Out, Error)
+                        : Args[0] == QLatin1String("check") ? CheckXmlCase(Data, Out, Error, Problems)
+                                                            : ListXmlCase(Data, Out, Error);
         if (!Ok) {
             Err = QStringLiteral("qxcase: %1: %2\n").arg(FileName, Error);
             if (Dump && LooksLikeXml(Data))
@@ -75,6 +81,7 @@ int Run(const QStringList& Args, QString& Out, QString& Err) {
                            .arg(FileName);
             return 1;
         }
+        if (Problems > 0) return 3;
     } catch (const std::bad_alloc&) {
         Err = QStringLiteral("qxcase: %1: out of memory\n").arg(FileName);
         return 1;

@@ -49,8 +49,15 @@ bool DumpStream(const QByteArray& Data, QString& Out, QString& Error);
 // malformed document.
 bool ListXmlCase(const QByteArray& Data, QString& Out, QString& Error);
 
+// Checks the "INumFld" elements of an XML case file, form by form (each element that holds such
+// children): whether each class is registered, and elements without an "ID" or with an ID that
+// occurs twice in one form. Problems counts what was found; false (with Error) for a malformed
+// document.
+bool CheckXmlCase(const QByteArray& Data, QString& Out, QString& Error, int& Problems);
+
 // The whole tool on its arguments (without the program name): the report, the messages and the
-// exit status (0 done, 1 unreadable or malformed file, 2 wrong command line).
+// exit status (0 done, 1 unreadable or malformed file, 2 wrong command line, 3 the check found
+// problems).
 int Run(const QStringList& Args, QString& Out, QString& Err);
 
 } // namespace qxcase

@@ -1,6 +1,7 @@
 // The reports of the qxcase tool, compiled in from its sources.
 #include "../../apps/qxcase/casedump.cpp"
 #include "../../apps/qxcase/caserun.cpp"
+#include "../../apps/qxcase/casecheck.cpp"
 #include "../../apps/qxcase/casexml.cpp"
 
 #include <qxnum/filer.h>
@@ -213,6 +214,32 @@ TEST(QxcaseXml, ListsFieldsUnderTheirForms) {
     EXPECT_TRUE(Error.startsWith(QStringLiteral("line 2, column 9: "))) << Error.toStdString();
 }
 
+TEST(QxcaseCheck, FindsUnregisteredClassesMissingAndDuplicateIds) {
+    const QByteArray Data = "<Case>"
+                            "<Engine><INumFld ID=\"Power\" ClassName=\"TNumFld\"><Value>1</Value></INumFld>"
+                            "<INumFld ID=\"Fuel\" ClassName=\"TOldFld\"/>"
+                            "<INumFld ClassName=\"TCheckFld\"/>"
+                            "<INumFld ID=\"Power\" ClassName=\"tnumgrid\"/></Engine>"
+                            "<Ambient><INumFld ID=\"Power\" ClassName=\"TStringFld\"/><Sub/></Ambient>"
+                            "</Case>";
+    QString Out, Error;
+    int Problems = -1;
+    ASSERT_TRUE(qxcase::CheckXmlCase(Data, Out, Error, Problems)) << Error.toStdString();
+    EXPECT_EQ(Out, QStringLiteral("Case/Engine:\n"
+                                  "  \"Power\" TNumFld: ok\n"
+                                  "  \"Fuel\" TOldFld: class not registered\n"
+                                  "  (no ID) TCheckFld: no ID\n"
+                                  "  \"Power\" tnumgrid: duplicate ID\n"
+                                  "Case/Ambient:\n"
+                                  "  \"Power\" TStringFld: ok\n"
+                                  "5 field(s), 3 problem(s)\n"));
+    EXPECT_EQ(Problems, 3);
+    EXPECT_FALSE(qxcase::CheckXmlCase("<Case><F></Case>", Out, Error, Problems));
+    Out.clear();
+    ASSERT_TRUE(qxcase::CheckXmlCase("<Case/>", Out, Error, Problems));
+    EXPECT_EQ(Out, QStringLiteral("no INumFld elements\n"));
+}
+
 TEST(QxcaseCommandLine, StatusAndMessages) {
     QTemporaryDir Dir;
     ASSERT_TRUE(Dir.isValid());
@@ -222,6 +249,7 @@ TEST(QxcaseCommandLine, StatusAndMessages) {
         return F.fileName();
     };
     const QString Empty = File("empty.bin", {}), Xml = File("case.xml", "\xEF\xBB\xBF <Form/>");
+    const QString Stale = File("stale.xml", "<Form><INumFld ID=\"X\" ClassName=\"TGone\"/></Form>");
     const struct {
         QStringList Args;
         int Status;
@@ -235,6 +263,8 @@ TEST(QxcaseCommandLine, StatusAndMessages) {
         {{"xml", Empty}, 1, {}, "the file is empty"},
         {{"dump", Xml}, 1, {}, "try: qxcase xml " + Xml},
         {{"xml", Xml}, 0, {}, {}},
+        {{"check", Xml}, 0, "no INumFld elements", {}},
+        {{"check", Stale}, 3, "Form:\n  \"X\" TGone: class not registered", {}},
     };
     for (const auto& C : Cases) {
         SCOPED_TRACE(C.Args.join(' ').toStdString());
