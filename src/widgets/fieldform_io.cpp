@@ -3,6 +3,7 @@
 
 #include <qxnum/dialogs.h>
 
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -73,6 +74,7 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
         SkipStreamUntilCode(Reader, EndCode, QStringLiteral("FieldForm ") + Id);
         Stopped = true;
     };
+    const TComponentIndex Components(this);
     try {
         Reader.ReadSignature();
         Reader.ReadListBegin();
@@ -96,7 +98,7 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
                 continue;
             }
             N = Reader.ReadString();
-            QObject* C = FindComponent(this, N);
+            QObject* C = Components.Find(N);
             if (!C) {
                 ReadResultCode = rrcUnknownComp;
                 if (Warn && !NotFoundShown) {
@@ -151,28 +153,40 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
 
 // --- XML --------------------------------------------------------------------------------------
 
-void WriteINumFldToXml(TXmlNode Node, QObject* Component, const QString& Prefix) {
+void WriteFieldElement(TXmlNode Node, QObject* Component, const QString& Prefix, QHash<QString, TXmlNode>* Elements) {
     INumFld* F = Supports(Component);
     if (!F || F->GetNoSaveWrite() || Node.IsNull()) return;
     const QString ID = Prefix + F->GetIDstring();
-    TXmlNode Element = Node.NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"), ID);
+    TXmlNode Element = Elements ? Elements->value(ID)
+                                : Node.NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"), ID);
     if (!Element) {
         Element = Node.NodeNew(QStringLiteral("INumFld"));
         Element.WriteAttributeString(QStringLiteral("ID"), ID);
+        if (Elements) Elements->insert(ID, Element);
     }
     Element.WriteAttributeString(QStringLiteral("ClassName"), FileClassName(Component));
     F->WriteToXML(Element);
 }
 
+void WriteINumFldToXml(TXmlNode Node, QObject* Component, const QString& Prefix) {
+    WriteFieldElement(Node, Component, Prefix, nullptr);
+}
+
 void TFieldForm::WriteToXML(TXmlNode ParentXmlNode) {
     EnsureCreated();
+    if (ParentXmlNode.IsNull()) return;
+    QHash<QString, TXmlNode> Elements;
+    const QString IdAttr = QStringLiteral("ID");
+    for (const TXmlNode& E : ParentXmlNode.NodesByName(QStringLiteral("INumFld")))
+        if (E.HasAttribute(IdAttr) && !Elements.contains(E.AttributeByName(IdAttr)))
+            Elements.insert(E.AttributeByName(IdAttr), E);
     for (QObject* C : ComponentsOf(this)) {
         if (Supports(C)) {
-            WriteINumFldToXml(ParentXmlNode, C, QString());
+            WriteFieldElement(ParentXmlNode, C, QString(), &Elements);
         } else if (IsFieldFrame(C)) {
             const QString Prefix = C->objectName() + QLatin1Char('.');
             TFieldFormPrivate::ForEachOwnField(
-                C, [&](QObject* Inner, INumFld*) { WriteINumFldToXml(ParentXmlNode, Inner, Prefix); });
+                C, [&](QObject* Inner, INumFld*) { WriteFieldElement(ParentXmlNode, Inner, Prefix, &Elements); });
         }
     }
     CustomWriteToXML(ParentXmlNode);
@@ -189,6 +203,8 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
     EnsureCreated();
     VersionUpdated = false;
     const QString Id = IDstr();
+    const TComponentIndex Components(this);
+    std::map<QObject*, TComponentIndex> FrameComponents;
     QList<TXmlNode> Stale;
     bool ProblemSeen = false;
     bool FieldErrorShown = false;
@@ -208,7 +224,7 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
         if (const qsizetype Dot = ID.indexOf(QLatin1Char('.')); Dot >= 0) {
             const QString FrameName = ID.left(Dot);
             ID = ID.mid(Dot + 1);
-            if (!FrameName.isEmpty()) Frame = FindComponent(this, FrameName);
+            if (!FrameName.isEmpty()) Frame = Components.Find(FrameName);
         }
         const QString C = Element.AttributeByName(QStringLiteral("ClassName"));
         if (!GetClass(C)) {
@@ -219,8 +235,11 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
                     rrcUnknownClass);
             continue;
         }
-        QObject* Owner = Frame && IsFieldFrame(Frame) ? Frame : this;
-        QObject* Comp = FindComponent(Owner, ID);
+        QObject* Comp = nullptr;
+        if (Frame && IsFieldFrame(Frame))
+            Comp = FrameComponents.try_emplace(Frame, Frame).first->second.Find(ID);
+        else
+            Comp = Components.Find(ID);
         if (!Comp) {
             ReadResultCode = rrcUnknownComp;
             Problem(Element,

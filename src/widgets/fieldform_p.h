@@ -4,12 +4,42 @@
 #include <qxnum/registry.h>
 #include <qxnum/widgets/fieldform.h>
 
+#include <QHash>
 #include <QPointer>
 #include <QPushButton>
 
 namespace qxnum {
 
 class TFieldFramePrivate {};
+
+// FindComponent over one owner's components in constant time (exact name first, then ignoring
+// case): a read looks up the name of every record, and a walk per look-up would make reading a
+// large form quadratic.
+class TComponentIndex {
+public:
+    explicit TComponentIndex(QObject* Owner) {
+        for (QObject* C : ComponentsOf(Owner)) {
+            const QString Name = C->objectName();
+            if (Name.isEmpty()) continue;
+            // The first of equal names wins, as in FindComponent.
+            if (!Exact.contains(Name)) Exact.insert(Name, C);
+            const QString Key = Name.toCaseFolded();
+            if (!Folded.contains(Key)) Folded.insert(Key, C);
+        }
+    }
+    QObject* Find(const QString& Name) const {
+        if (Name.isEmpty()) return nullptr;
+        if (QObject* C = Exact.value(Name)) return C;
+        return Folded.value(Name.toCaseFolded());
+    }
+
+private:
+    QHash<QString, QObject*> Exact, Folded;
+};
+
+// Writes one field's element; Elements (the node's "INumFld" children by ID) replaces the search
+// among the children when given, and learns the elements created.
+void WriteFieldElement(TXmlNode Node, QObject* Component, const QString& Prefix, QHash<QString, TXmlNode>* Elements);
 
 class TFieldFormPrivate {
 public:
