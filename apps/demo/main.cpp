@@ -92,6 +92,64 @@ QTableWidget* MakeUnitTable(QWidget* Parent) {
 
 // A small engine case: persistent fields placed by hand (the labels sit beside their edits), a unit
 // system switch, and the XML the fields write for themselves.
+// A field form as a host derives one: fields on two tab pages and a frame of ambient conditions.
+// OK confirms, Cancel (or Escape) restores everything typed since the form was opened.
+class TEngineForm : public TFieldForm {
+public:
+    explicit TEngineForm(QWidget* Parent) : TFieldForm(Parent) {
+        setObjectName(QStringLiteral("EngineForm"));
+        setWindowTitle(tr("Engine data"));
+        EndCode = FieldFormEndCode; // a damaged stream resynchronises at this form's end marker
+        auto* Tabs = new QTabWidget(ClientArea());
+        auto* Layout = new QVBoxLayout(ClientArea());
+        Layout->addWidget(Tabs);
+        auto* Perf = new QWidget(Tabs);
+        auto* PerfLayout = new QVBoxLayout(Perf);
+        PerfLayout->addWidget(Num(Perf, "PWdesign", tr("Design power"), ptPower, 25.0e6L, 0.0L, 1.0e8L));
+        PerfLayout->addWidget(Num(Perf, "Nrpm", tr("Shaft speed"), ptNrpm, 3600.0L, 0.0L, 20000.0L));
+        PerfLayout->addWidget(Num(Perf, "EtaC", tr("Compressor efficiency"), ptFraction, 0.86L, 0.0L, 1.0L));
+        auto* Ambient = new TFieldFrame(Perf);
+        Ambient->setObjectName(QStringLiteral("Ambient"));
+        Ambient->setFrameShape(QFrame::StyledPanel);
+        auto* AmbLayout = new QVBoxLayout(Ambient);
+        AmbLayout->addWidget(Num(Ambient, "P", tr("Ambient pressure"), ptPress, 101325.0L, 1000.0L, 2.0e5L));
+        AmbLayout->addWidget(Num(Ambient, "T", tr("Ambient temperature"), ptTemp, 288.15L, 180.0L, 350.0L));
+        PerfLayout->addWidget(Ambient);
+        PerfLayout->addStretch();
+        Tabs->addTab(Perf, tr("Performance"));
+        auto* Fuel = new QWidget(Tabs);
+        auto* FuelLayout = new QVBoxLayout(Fuel);
+        FuelLayout->addWidget(Num(Fuel, "LHV", tr("Lower heating value"), ptH, 43.1e6L, 1.0e6L, 1.5e8L));
+        auto* Kind = new TComboBoxFld(Fuel);
+        Kind->setObjectName(QStringLiteral("FuelKind"));
+        Kind->addItems({QStringLiteral("Jet A-1"), QStringLiteral("Natural gas"), QStringLiteral("Diesel")});
+        FuelLayout->addWidget(Kind);
+        FuelLayout->addStretch();
+        Tabs->addTab(Fuel, tr("Fuel"));
+        FormCreate();
+    }
+    void SetUnitSystem(TUnitSystem U) {
+        for (TNumFld* F : findChildren<TNumFld*>())
+            F->SetUnitSystem(U);
+    }
+
+private:
+    static TNumFld* Num(QWidget* Parent, const char* Name, const QString& Caption, TParType P, Extended V,
+                        Extended Min, Extended Max) {
+        auto* F = new TNumFld(Parent);
+        F->setObjectName(QLatin1String(Name));
+        F->SetParType(P);
+        F->SetRange(Min, Max);
+        F->SetExpressionInput(true);
+        F->SetValue(V);
+        F->SetEditLabelPosition(lpLeft);
+        F->SetEditUnitLabelPosition(lpRight);
+        F->SetCustomIDstring(QLatin1String(Name)); // files name the field, whatever its caption says
+        if (F->EditLabel()) F->EditLabel()->SetCaption(Caption);
+        return F;
+    }
+};
+
 class TCasePage : public QWidget {
 public:
     explicit TCasePage(QWidget* Parent) : QWidget(Parent) {
@@ -154,12 +212,15 @@ public:
         auto* Units = new QComboBox(this);
         Units->addItems({tr("SI units"), tr("Imperial units")});
         auto* Show = new QPushButton(tr("Write XML"), this);
+        FEngine = new TEngineForm(this);
+        auto* Engine = new QPushButton(tr("Engine data..."), this);
         FXml = new QPlainTextEdit(this);
         FXml->setReadOnly(true);
 
         auto* Bar = new QHBoxLayout;
         Bar->addWidget(Units);
         Bar->addWidget(Show);
+        Bar->addWidget(Engine);
         Bar->addStretch();
         auto* Layout = new QVBoxLayout(this);
         Layout->addWidget(Fields);
@@ -177,6 +238,10 @@ public:
                 Fld->SetUnitSystem(U);
             for (int C = 0; C < FLine->ColCount(); ++C)
                 FLine->Columns()->Items(C)->SetUnitSystem(U);
+            FEngine->SetUnitSystem(U);
+        });
+        connect(Engine, &QPushButton::clicked, this, [this] {
+            if (FEngine->exec() == QDialog::Accepted) WriteXml();
         });
         connect(Show, &QPushButton::clicked, this, [this] { WriteXml(); });
         WriteXml();
@@ -200,6 +265,7 @@ private:
         for (TNumFld* Fld : FNumFields)
             Write(Fld, "TNumFld");
         Write(FLine, "TNumGrid");
+        FEngine->WriteToXML(Case.NodeNew(FEngine->IDstr()));
         FXml->setPlainText(Doc.SaveToString());
     }
 
@@ -255,6 +321,7 @@ private:
     }
 
     TNumGrid* FLine = nullptr;
+    TEngineForm* FEngine = nullptr;
     std::vector<TNumFld*> FNumFields;
     std::vector<QObject*> FAllFields;
     QPlainTextEdit* FXml = nullptr;

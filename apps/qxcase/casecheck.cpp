@@ -68,7 +68,8 @@ bool CheckXmlCase(const QByteArray& Data, QString& Out, QString& Error, int& Pro
                     Notes << QStringLiteral("class not registered");
                 Problems += static_cast<int>(Notes.size());
                 Out += QStringLiteral("  %1 %2: %3\n")
-                           .arg(F.HasAttribute(IdAttr) ? Quote(F.AttributeByName(IdAttr)) : QStringLiteral("(no ID)"),
+                           .arg(F.HasAttribute(IdAttr) ? Quote(F.AttributeByName(IdAttr))
+                                                       : QStringLiteral("(no ID)"),
                                 F.HasAttribute(ClassAttr) ? Class : QStringLiteral("(no ClassName)"),
                                 Notes.isEmpty() ? QStringLiteral("ok") : Notes.join(QStringLiteral(", ")));
             }

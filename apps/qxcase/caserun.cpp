@@ -71,7 +71,7 @@ int Run(const QStringList& Args, QString& Out, QString& Err) {
         }
         QString Error;
         int Problems = 0;
-        const bool Ok = Dump ? DumpStream(Data, Out, Error)
+        const bool Ok = Dump                                ? DumpStream(Data, Out, Error)
                         : Args[0] == QLatin1String("check") ? CheckXmlCase(Data, Out, Error, Problems)
                                                             : ListXmlCase(Data, Out, Error);
         if (!Ok) {

@@ -153,12 +153,14 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
 
 // --- XML --------------------------------------------------------------------------------------
 
-void WriteFieldElement(TXmlNode Node, QObject* Component, const QString& Prefix, QHash<QString, TXmlNode>* Elements) {
+void WriteFieldElement(TXmlNode Node, QObject* Component, const QString& Prefix,
+                       QHash<QString, TXmlNode>* Elements) {
     INumFld* F = Supports(Component);
     if (!F || F->GetNoSaveWrite() || Node.IsNull()) return;
     const QString ID = Prefix + F->GetIDstring();
-    TXmlNode Element = Elements ? Elements->value(ID)
-                                : Node.NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"), ID);
+    TXmlNode Element = Elements
+                           ? Elements->value(ID)
+                           : Node.NodeByAttributeValue(QStringLiteral("INumFld"), QStringLiteral("ID"), ID);
     if (!Element) {
         Element = Node.NodeNew(QStringLiteral("INumFld"));
         Element.WriteAttributeString(QStringLiteral("ID"), ID);
@@ -185,8 +187,9 @@ void TFieldForm::WriteToXML(TXmlNode ParentXmlNode) {
             WriteFieldElement(ParentXmlNode, C, QString(), &Elements);
         } else if (IsFieldFrame(C)) {
             const QString Prefix = C->objectName() + QLatin1Char('.');
-            TFieldFormPrivate::ForEachOwnField(
-                C, [&](QObject* Inner, INumFld*) { WriteFieldElement(ParentXmlNode, Inner, Prefix, &Elements); });
+            TFieldFormPrivate::ForEachOwnField(C, [&](QObject* Inner, INumFld*) {
+                WriteFieldElement(ParentXmlNode, Inner, Prefix, &Elements);
+            });
         }
     }
     CustomWriteToXML(ParentXmlNode);

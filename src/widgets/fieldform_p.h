@@ -39,7 +39,8 @@ private:
 
 // Writes one field's element; Elements (the node's "INumFld" children by ID) replaces the search
 // among the children when given, and learns the elements created.
-void WriteFieldElement(TXmlNode Node, QObject* Component, const QString& Prefix, QHash<QString, TXmlNode>* Elements);
+void WriteFieldElement(TXmlNode Node, QObject* Component, const QString& Prefix,
+                       QHash<QString, TXmlNode>* Elements);
 
 class TFieldFormPrivate {
 public:

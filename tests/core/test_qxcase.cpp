@@ -1,7 +1,7 @@
 // The reports of the qxcase tool, compiled in from its sources.
+#include "../../apps/qxcase/casecheck.cpp"
 #include "../../apps/qxcase/casedump.cpp"
 #include "../../apps/qxcase/caserun.cpp"
-#include "../../apps/qxcase/casecheck.cpp"
 #include "../../apps/qxcase/casexml.cpp"
 
 #include <qxnum/filer.h>
