@@ -9,24 +9,6 @@
 
 namespace qxcase {
 
-namespace {
-
-using qxnum::TXmlNode;
-
-QString FormPathOf(TXmlNode N) {
-    QStringList Steps;
-    for (; N; N = N.Parent()) {
-        if (Steps.size() == 12) {
-            Steps.prepend(QStringLiteral("..."));
-            break;
-        }
-        Steps.prepend(N.Name());
-    }
-    return Steps.join(QLatin1Char('/'));
-}
-
-} // namespace
-
 bool CheckXmlCase(const QByteArray& Data, QString& Out, QString& Error, int& Problems) {
     Problems = 0;
     // The widgets library registers its field classes when it is loaded. Reading one of its
@@ -34,23 +16,19 @@ bool CheckXmlCase(const QByteArray& Data, QString& Out, QString& Error, int& Pro
     const char* volatile Loaded = qxnum::TFieldForm::staticMetaObject.className();
     (void)Loaded;
     qxnum::TXmlDocument Doc;
-    try {
-        Doc.LoadFromBytes(Data);
-    } catch (const qxnum::Exception& E) {
-        Error = E.Message();
-        return false;
-    }
+    if (!LoadCase(Data, Doc, Error)) return false;
     const QString FieldTag = QStringLiteral("INumFld");
     const QString IdAttr = QStringLiteral("ID");
     const QString ClassAttr = QStringLiteral("ClassName");
     int Fields = 0;
+    using qxnum::TXmlNode;
     const TXmlNode Root = Doc.Root();
     // Each element that holds fields is one form: a form reads its own children only.
     TXmlNode Cur = Root;
     while (Cur) {
         const QList<TXmlNode> Own = Cur.NodesByName(FieldTag);
         if (!Own.isEmpty()) {
-            Out += FormPathOf(Cur) + QStringLiteral(":\n");
+            Out += ElementPath(Cur, false) + QStringLiteral(":\n");
             QHash<QString, int> Seen;
             for (const TXmlNode& F : Own) {
                 ++Fields;

@@ -1,6 +1,8 @@
 // The two reports of qxcase, as functions so that they can be tested without the executable.
 #pragma once
 
+#include <qxnum/xml.h>
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -37,6 +39,13 @@ inline QString Quote(const QString& S) {
     }
     return Out + QLatin1Char('"');
 }
+
+// Loads an XML case file; false with the parser's message in Error.
+bool LoadCase(const QByteArray& Data, qxnum::TXmlDocument& Doc, QString& Error);
+
+// Root/.../N, each step with its first attribute when WithAttributes. Only the last steps are
+// shown for deep elements, so that a listing stays proportional to the document.
+QString ElementPath(qxnum::TXmlNode N, bool WithAttributes);
 
 // Prints a binary stream value by value (offset, tag, kind, value). A field-form stream ("TPF0",
 // a list of class and component name records, the end marker) is grouped by record, and the

@@ -18,24 +18,6 @@ QString Attributes(const TXmlNode& N) {
     return Out;
 }
 
-// Root/.../Parent, each step with its first attribute when it has one. Only the last steps are
-// shown for deep elements, so that the listing stays proportional to the document.
-QString PathOf(TXmlNode N) {
-    constexpr int MaxSteps = 12;
-    QStringList Steps;
-    for (; N; N = N.Parent()) {
-        if (Steps.size() == MaxSteps) {
-            Steps.prepend(QStringLiteral("..."));
-            break;
-        }
-        QString Step = N.Name();
-        if (N.AttributeCount() > 0)
-            Step += QStringLiteral("[%1=%2]").arg(N.AttributeName(0), Quote(N.AttributeValue(0)));
-        Steps.prepend(Step);
-    }
-    return Steps.isEmpty() ? QStringLiteral("(document)") : Steps.join(QLatin1Char('/'));
-}
-
 // Every element below Field, indented by depth: leaves with their text.
 void PrintContent(QString& Out, const TXmlNode& Field) {
     int Depth = 0;
@@ -63,14 +45,35 @@ void PrintContent(QString& Out, const TXmlNode& Field) {
 
 } // namespace
 
-bool ListXmlCase(const QByteArray& Data, QString& Out, QString& Error) {
-    qxnum::TXmlDocument Doc;
+bool LoadCase(const QByteArray& Data, qxnum::TXmlDocument& Doc, QString& Error) {
     try {
         Doc.LoadFromBytes(Data);
     } catch (const qxnum::Exception& E) {
         Error = E.Message();
         return false;
     }
+    return true;
+}
+
+QString ElementPath(TXmlNode N, bool WithAttributes) {
+    constexpr int MaxSteps = 12;
+    QStringList Steps;
+    for (; N; N = N.Parent()) {
+        if (Steps.size() == MaxSteps) {
+            Steps.prepend(QStringLiteral("..."));
+            break;
+        }
+        QString Step = N.Name();
+        if (WithAttributes && N.AttributeCount() > 0)
+            Step += QStringLiteral("[%1=%2]").arg(N.AttributeName(0), Quote(N.AttributeValue(0)));
+        Steps.prepend(Step);
+    }
+    return Steps.isEmpty() ? QStringLiteral("(document)") : Steps.join(QLatin1Char('/'));
+}
+
+bool ListXmlCase(const QByteArray& Data, QString& Out, QString& Error) {
+    qxnum::TXmlDocument Doc;
+    if (!LoadCase(Data, Doc, Error)) return false;
     const QString FieldTag = QStringLiteral("INumFld");
     int Fields = 0, Groups = 0;
     QString LastPath;
@@ -79,7 +82,7 @@ bool ListXmlCase(const QByteArray& Data, QString& Out, QString& Error) {
     while (Cur) {
         const bool IsField = Cur.Name() == FieldTag;
         if (IsField) {
-            const QString Path = PathOf(Cur.Parent());
+            const QString Path = ElementPath(Cur.Parent(), true);
             if (Fields == 0 || Path != LastPath) {
                 Out += Path + QStringLiteral(":\n");
                 LastPath = Path;

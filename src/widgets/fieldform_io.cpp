@@ -21,8 +21,8 @@ void Warning(const QString& Msg) {
     MessageDlg(Msg, mtWarning, mbOK);
 }
 
+// The library's exceptions keep their message as UTF-8 in what().
 QString ExceptionText(const std::exception& E) {
-    if (const auto* Q = dynamic_cast<const Exception*>(&E)) return Q->Message();
     return QString::fromUtf8(E.what());
 }
 
@@ -145,10 +145,8 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
         // is half read: report, and resynchronise unless the stream has ended.
         ReadResultCode = rrcStreamError;
         Warning(QStringLiteral("Error reading FieldForm ") + Id + QStringLiteral("\r\n") + ExceptionText(E));
-        if (!Stopped && !Reader.AtEnd())
-            SkipStreamUntilCode(Reader, EndCode, QStringLiteral("FieldForm ") + Id);
+        if (!Stopped && !Reader.AtEnd()) Stop(std::nullopt);
     }
-    Q_EMIT formRead(ReadResultCode);
 }
 
 // --- XML --------------------------------------------------------------------------------------
@@ -292,7 +290,6 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
     VersionUpdated = !Stale.isEmpty();
     for (TXmlNode& Element : Stale)
         Element.Delete();
-    Q_EMIT formRead(ReadResultCode);
 }
 
 // --- Look-up ------------------------------------------------------------------------------------

@@ -3,6 +3,7 @@
 #include <qxnum/widgets/numgrid.h>
 
 #include "dialogrecorder.h"
+#include "filerbytes.h"
 #include "settingsguard.h"
 
 #include <QBuffer>
@@ -12,27 +13,11 @@
 #include <random>
 
 using namespace qxnum;
+using qxnum::test::Bytes;
 using qxnum::test::DialogRecorder;
 using qxnum::test::SettingsGuard;
 
 namespace {
-
-// Filer values written by hand: integers as 02 nn, booleans as 08/09, short strings as 06 nn text.
-struct Bytes {
-    QByteArray B;
-    Bytes& Int(int V) {
-        B.append('\x02').append(static_cast<char>(V));
-        return *this;
-    }
-    Bytes& Bool(bool V) {
-        B.append(V ? '\x09' : '\x08');
-        return *this;
-    }
-    Bytes& Str(const char* S) {
-        B.append('\x06').append(static_cast<char>(qstrlen(S))).append(S);
-        return *this;
-    }
-};
 
 QByteArray WriteGrid(TNumGrid& G) {
     QBuffer Buf;

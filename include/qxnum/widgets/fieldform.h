@@ -163,10 +163,6 @@ public:
     // the form is open.
     int ModalResult() const;
 
-Q_SIGNALS:
-    // After a read of either medium, with the result code.
-    void formRead(qxnum::TReadResultCode Result);
-
 public Q_SLOTS:
     void done(int r) override;
 
