@@ -7,6 +7,7 @@
 #include <qxnum/filer.h>
 #include <qxnum/formatsettings.h>
 #include <qxnum/global.h>
+#include <qxnum/mathutil.h>
 #include <qxnum/numconv.h>
 #include <qxnum/numfld_intf.h>
 #include <qxnum/numtext.h>

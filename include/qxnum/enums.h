@@ -133,6 +133,24 @@ enum TReadResultCode : quint8 {
     rrcXmlError
 };
 
+// How the values of a grid column run from row to row (table look-up).
+enum TColumnOrder : quint8 { coAscending, coDescending, coNeitherAnorD, coAutoDetermine };
+
+// The buttons of the grid navigator, in bar order.
+enum TNumGridBtn : quint8 {
+    ngbFirst,
+    ngbPrior,
+    ngbNext,
+    ngbLast,
+    ngbAdd,
+    ngbInsert,
+    ngbDelete,
+    ngbEdit,
+    ngbPost,
+    ngbCancel,
+    ngbRefresh
+};
+
 Q_ENUM_NS(TParType)
 Q_ENUM_NS(TUnitSystem)
 Q_ENUM_NS(TNumericType)
@@ -145,6 +163,8 @@ Q_ENUM_NS(TImeMode)
 Q_FLAG_NS(TColStretchOptions)
 Q_FLAG_NS(TGridOptions)
 Q_ENUM_NS(TReadResultCode)
+Q_ENUM_NS(TColumnOrder)
+Q_ENUM_NS(TNumGridBtn)
 
 } // namespace qxnum
 

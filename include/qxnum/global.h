@@ -34,6 +34,12 @@ public:
     using Exception::Exception;
 };
 
+// A computation without a result: coincident points, a zero divisor.
+class QXNUM_CORE_EXPORT EMathError : public Exception {
+public:
+    using Exception::Exception;
+};
+
 // Enumeration names as written to files. Each enumeration that appears in files specialises
 // TEnumNames with the declared names in ordinal order.
 template <typename E> struct TEnumNames;

@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QFontInfo>
+#include <QUndoStack>
 
 #include <cmath>
 
@@ -134,6 +135,7 @@ void TNumGrid::SetColCount(int AValue) {
     TNumGridPrivate* D = Priv();
     AValue = std::max(AValue, 0);
     if (AValue == ColCount()) return;
+    D->ShapeChanged();
     CheckCellCount(AValue, RowCount());
     const int OldCols = ColCount();
     D->Store.Resize(AValue, RowCount());
@@ -156,6 +158,7 @@ void TNumGrid::SetRowCount(int AValue) {
     TNumGridPrivate* D = Priv();
     AValue = std::max(AValue, 0);
     if (AValue == RowCount()) return;
+    D->ShapeChanged();
     CheckCellCount(ColCount(), AValue);
     const int OldRows = RowCount();
     D->Store.Resize(ColCount(), AValue);
@@ -179,6 +182,7 @@ void TNumGrid::SetFixedRows(int AValue) {
     TNumGridPrivate* D = Priv();
     AValue = std::clamp(AValue, 0, std::max(RowCount() - 1, 0));
     if (AValue == D->FFixedRows) return;
+    D->ShapeChanged();
     D->FFixedRows = AValue;
     if (D->FRow < AValue) D->FRow = std::min(AValue, std::max(RowCount() - 1, 0));
     ResetTitles();
@@ -225,11 +229,13 @@ void TNumGrid::SetObjects(int ACol, int ARow, QObject* Value) {
 }
 
 void TNumGrid::MoveRow(int FromIndex, int ToIndex) {
+    Priv()->ShapeChanged();
     Priv()->Store.MoveRow(FromIndex, ToIndex);
     Priv()->CellsChanged();
 }
 
 void TNumGrid::MoveColumn(int FromIndex, int ToIndex) {
+    Priv()->ShapeChanged();
     Priv()->Store.MoveColumn(FromIndex, ToIndex);
     Priv()->CellsChanged();
 }
@@ -237,6 +243,7 @@ void TNumGrid::MoveColumn(int FromIndex, int ToIndex) {
 void TNumGrid::DeleteRow(int ARow) {
     TNumGridPrivate* D = Priv();
     if (ARow < 0 || ARow >= RowCount()) return;
+    D->ShapeChanged();
     const int OldRows = RowCount();
     D->Store.DeleteRow(ARow);
     D->FRow = std::clamp(D->FRow, std::min(D->FFixedRows, std::max(RowCount() - 1, 0)),
@@ -363,6 +370,7 @@ QString TNumGrid::DefaultCellText(int ACol, int ARow, bool ExpressionAsString) {
 
 void TNumGrid::InitCells() {
     TNumGridPrivate* D = Priv();
+    D->ShapeChanged();
     D->InitializingCells = true;
     ResetTitles();
     // The columns' change reports are collected into one refresh at the end: each would re-check
@@ -450,6 +458,7 @@ void TNumGrid::DeleteARow(int ARow) {
 
 void TNumGrid::InsertCol(int ACol) {
     TNumGridPrivate* D = Priv();
+    D->ShapeChanged();
     D->FColumns->Insert(ACol);
     // The texts stay where they are: the new column appears at the right-hand end of the cells.
     const int OldCols = ColCount();
@@ -550,6 +559,7 @@ void TNumGrid::SetCopyValue() {
 void TNumGrid::RestoreCopyValue() {
     TNumGridPrivate* D = Priv();
     if (!D->FHasCopy) return;
+    if (D->Undo) D->Undo->clear();
     const std::vector<std::vector<QString>> Copy = D->FCopyRows;
     SetRowCount(static_cast<int>(Copy.size()));
     if (!Copy.empty()) SetColCount(static_cast<int>(Copy.front().size()));
@@ -580,6 +590,7 @@ void TNumGrid::Assign(const QObject* Source) {
     const auto* S = qobject_cast<const TNumGrid*>(Source);
     if (!S) AssignError(Source);
     if (S == this) return;
+    if (Priv()->Undo) Priv()->Undo->clear();
     SetRowCount(S->RowCount());
     SetColCount(S->ColCount());
     for (int R = 0; R < RowCount(); ++R)

@@ -9,6 +9,7 @@
 #include <qxnum/xml.h>
 
 #include <QCoreApplication>
+#include <QUndoStack>
 
 #include <cmath>
 
@@ -194,6 +195,7 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
 
     return [this, NewCols, NewRows, Props, RowTexts] {
         TNumGridPrivate* const GD = Priv();
+        if (GD->Undo) GD->Undo->clear();
         SetColCount(NewCols);
         SetRowCount(NewRows);
         TNumColumns* Columns = GD->FColumns;
@@ -305,6 +307,7 @@ TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
 
     return [this, NewRows, NewCols, FillCols, Fixed, Units, Strings, Texts = std::move(Cells)] {
         TNumGridPrivate* const GD = Priv();
+        if (GD->Undo) GD->Undo->clear();
         SetRowCount(NewRows);
         SetColCount(NewCols);
         TNumColumns* Columns = GD->FColumns;

@@ -10,6 +10,7 @@
 
 class QKeyEvent;
 class QPainter;
+class QUndoStack;
 
 #include <memory>
 #include <vector>
@@ -50,6 +51,8 @@ public:
     void MoveRow(int From, int To);
     void MoveColumn(int From, int To);
     void DeleteRow(int R);
+    // Replaces Remove rows from At by Insert (undo and redo); new object slots are empty.
+    void Splice(int At, int Remove, std::vector<std::vector<QString>> Insert);
 
     // Heap bytes held by the store, for the benchmark of its footprint.
     size_t MemoryBytes() const;
@@ -126,6 +129,17 @@ public:
     bool DialogCancelled = false;
     bool Pasting_or_Copying = false;
 
+    // Undo: the stack (made on first use), the nesting of recorded steps, and whether a step is
+    // being undone or redone.
+    mutable QUndoStack* Undo = nullptr;
+    int UndoDepth = 0;
+    bool ApplyingUndo = false;
+    QUndoStack* UndoStack() const;
+    // Undo and redo: replaces Remove rows from First by Insert and makes Cell the current cell.
+    void ApplyUndo(int First, int Remove, const std::vector<std::vector<QString>>& Insert, QPoint Cell);
+    // The table's shape was changed outside a recorded step: the history no longer fits it.
+    void ShapeChanged();
+
     std::unique_ptr<TGridViewState, TGridViewStateDeleter> View;
 
     // The owning form or frame (for messages).
@@ -163,6 +177,8 @@ public:
     void MoveTo(int C, int R, bool Extend);
     void ScrollIntoView(int C, int R);
     void EditorKey(QKeyEvent* E);
+    // A check box toggled by the user (one undoable step).
+    void UserToggle(int C, int R);
     // The focus left the grid for another widget of the window.
     void LeaveGrid();
     void PaintCell(QPainter& P, int C, int R, const QRect& Rect);
@@ -170,6 +186,25 @@ public:
     // Accessibility (numgrid_access.cpp).
     void NotifyAccessibleFocus();
     void NotifyAccessibleModel();
+};
+
+// Records one undoable step: the rows from First that the operation may change (Count rows, or
+// to the end when Count < 0) are taken before it and compared afterwards; only the rows that differ
+// are kept. Nested steps belong to the outermost. A step that changes the column or fixed-row count
+// clears the history instead.
+class TGridUndoStep {
+public:
+    TGridUndoStep(TNumGridPrivate* D, int First, int Count, const char* Text);
+    ~TGridUndoStep();
+    TGridUndoStep(const TGridUndoStep&) = delete;
+    TGridUndoStep& operator=(const TGridUndoStep&) = delete;
+
+private:
+    TNumGridPrivate* D;
+    bool Active = false;
+    int First = 0, RowsBefore = 0, ColsBefore = 0, FixedBefore = 0, ColBefore = 0, RowBefore = 0;
+    std::vector<std::vector<QString>> Old;
+    const char* Text;
 };
 
 } // namespace qxnum

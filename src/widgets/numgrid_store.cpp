@@ -71,6 +71,19 @@ void TCellStore::DeleteRow(int R) {
     if (!FObjects.empty()) FObjects.erase(FObjects.begin() + R);
 }
 
+void TCellStore::Splice(int At, int Remove, std::vector<std::vector<QString>> Insert) {
+    const auto Pos = FRows.begin() + At;
+    const auto InsertCount = static_cast<std::ptrdiff_t>(Insert.size());
+    FRows.erase(Pos, Pos + Remove);
+    FRows.insert(FRows.begin() + At, std::make_move_iterator(Insert.begin()),
+                 std::make_move_iterator(Insert.end()));
+    if (!FObjects.empty()) {
+        FObjects.erase(FObjects.begin() + At, FObjects.begin() + At + Remove);
+        FObjects.insert(FObjects.begin() + At, static_cast<size_t>(InsertCount),
+                        std::vector<QObject*>(static_cast<size_t>(FColCount), nullptr));
+    }
+}
+
 size_t TCellStore::MemoryBytes() const {
     size_t Bytes = FRows.capacity() * sizeof(std::vector<QString>);
     for (const auto& Row : FRows) {

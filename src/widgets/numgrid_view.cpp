@@ -21,6 +21,7 @@
 #include <QStyleOption>
 #include <QTimer>
 #include <QToolTip>
+#include <QUndoStack>
 
 namespace qxnum {
 
@@ -124,6 +125,10 @@ void TGridCellEditor::keyPressEvent(QKeyEvent* E) {
             insert(T);
             return;
         }
+    }
+    if (E->matches(QKeySequence::Paste) && FGrid->AllowPaste()) {
+        FGrid->PasteFromClipboard();
+        return;
     }
     if (E->matches(QKeySequence::Paste)) {
         // As in the numeric edit: the first line, trimmed, checked as a whole.
@@ -365,6 +370,7 @@ void TNumGridPrivate::CommitEdit() {
     const QString Text = S.Editor->text();
     S.Editor->hide();
     if (q->CanEditModify() && Text != Store.Cell(FCol, FRow)) {
+        TGridUndoStep Step(this, FRow, 1, "Edit cell");
         q->SetCells(FCol, FRow, Text);
         S.CellEdited = true;
     }
@@ -455,6 +461,11 @@ void TNumGridPrivate::ScrollIntoView(int C, int R) {
     }
     UpdateScrollBars();
     PlaceEditor();
+}
+
+void TNumGridPrivate::UserToggle(int C, int R) {
+    TGridUndoStep Step(this, R, 1, "Toggle check box");
+    q->ToggleCheckedStatus(C, R);
 }
 
 void TNumGridPrivate::EditorKey(QKeyEvent* E) {
@@ -860,6 +871,7 @@ void TNumGrid::keyPressEvent(QKeyEvent* E) {
         if (R >= LastRow && D->FAutoAddRow && !D->FRowCountFixed && E->key() == Qt::Key_Down) {
             D->CommitEdit();
             if (!D->ValidateCurrent()) return;
+            TGridUndoStep Step(D, RowCount() - 1, 2, "Append row");
             InsertRow(RowCount());
             return;
         }
@@ -896,13 +908,32 @@ void TNumGrid::keyPressEvent(QKeyEvent* E) {
     case Qt::Key_Space: {
         TNumColumn* Column = D->FColumns->Items(C);
         if (Column && Column->CheckBoxCol()) {
-            if (D->CellEditable(C, R)) ToggleCheckedStatus(C, R);
+            if (D->CellEditable(C, R)) D->UserToggle(C, R);
             return;
         }
         break;
     }
     default:
         break;
+    }
+    if (E->matches(QKeySequence::Paste)) {
+        if (D->FAllowPaste) PasteFromClipboard();
+        return;
+    }
+    if (E->matches(QKeySequence::Copy)) {
+        CopyToClipboard();
+        return;
+    }
+    if (E->matches(QKeySequence::Undo)) {
+        D->CommitEdit();
+        D->UndoStack()->undo();
+        return;
+    }
+    // Ctrl+Y as well as the platform's redo key: both are in common use.
+    if (E->matches(QKeySequence::Redo) || (Ctrl && !Shift && E->key() == Qt::Key_Y)) {
+        D->CommitEdit();
+        D->UndoStack()->redo();
+        return;
     }
     const QString T = E->text();
     if (!T.isEmpty() && T.at(0).isPrint() && !Ctrl) {
@@ -954,7 +985,7 @@ void TNumGrid::mousePressEvent(QMouseEvent* E) {
     if (Col() != C || Row() != R) return;
     TNumColumn* Column = D->FColumns->Items(C);
     if (Column && Column->CheckBoxCol()) {
-        if (D->CellEditable(C, R)) ToggleCheckedStatus(C, R);
+        if (D->CellEditable(C, R)) D->UserToggle(C, R);
         return;
     }
     if (WasCurrent && D->FOptions.testFlag(goEditing)) {
@@ -993,7 +1024,7 @@ void TNumGrid::mouseDoubleClickEvent(QMouseEvent* E) {
         TNumColumn* Column = Priv()->FColumns->Items(C);
         if (Column && Column->CheckBoxCol()) {
             // The second click of a double click toggles as well, as two single clicks would.
-            if (Priv()->CellEditable(C, R)) ToggleCheckedStatus(C, R);
+            if (Priv()->CellEditable(C, R)) Priv()->UserToggle(C, R);
             return;
         }
         ShowEditor();

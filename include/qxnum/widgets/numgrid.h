@@ -32,8 +32,23 @@
 //   Ctrl+Home / Ctrl+End, PgUp / PgDn; F2, Enter or typing starts the in-place editor, Enter
 //   commits and moves down, Escape cancels. The editor of a numeric column follows the numeric
 //   edit's keystroke rules for the column. Space and a click toggle a check-box cell.
+//   Ctrl+V pastes (when AllowPaste), Ctrl+C copies, Ctrl+Z undoes, Ctrl+Shift+Z and Ctrl+Y redo.
+//
+// Clipboard
+//   PasteFromClipboard reads text separated by TAB, ';' or blanks, line by line, adding rows as it
+//   goes (at most up to row 10,000). Numbers are taken in the units each column shows. A mouse
+//   click on the grid stops a running paste; what was pasted so far stays. CopyToClipboard writes
+//   every cell, TAB between cells and CR LF after each row, plus the same table as HTML.
+//
+// Undo
+//   A cell edit, a paste, a row inserted, copied or deleted and a cleared table (through the keys or
+//   the navigator) are each one step on UndoStack(). Cells set by program are not recorded, but a
+//   change of the row or column count made by program, a read from a file, RestoreCopyValue and
+//   Assign clear the stack: its steps would no longer fit the table. Undo and redo set the cells
+//   and the current cell directly, without the grid's events and checks.
 #pragma once
 
+#include <qxnum/mathutil.h>
 #include <qxnum/widgets/fieldbase.h>
 #include <qxnum/widgets/numcolumn.h>
 
@@ -41,10 +56,16 @@
 #include <QFont>
 #include <QStringList>
 
+#include <bitset>
 #include <functional>
 #include <memory>
 
+class QUndoStack;
+
 namespace qxnum {
+
+// A set of grid column numbers 0..255 (AddToLines).
+using TColSet = std::bitset<256>;
 
 class TNumGridPrivate;
 
@@ -193,6 +214,43 @@ public:
     bool CheckAllCells();
     virtual bool CheckGrid();
 
+    // --- Clipboard and text export ---
+    // Reads the clipboard's text into the grid (see the header comment). In the in-place editor it
+    // pastes into the editor and takes the paste back, with a beep, when a numeric column does not
+    // read it as a number.
+    void PasteFromClipboard();
+    // Puts every cell on the clipboard; false while the in-place editor is open.
+    bool CopyToClipboard();
+    // Appends a text table of the columns in Cols: a title line (line breaks shown as '|'), then a
+    // line per data row. Each column is padded to MaxWidth (FixedWidth) or to its title's length,
+    // at most MaxWidth; longer texts are kept whole. Separator goes before every column but 0.
+    void AddToLines(QStringList& Lines, const TColSet& Cols, const QString& Separator, int MaxWidth,
+                    bool FixedWidth);
+    // True while a paste or a copy runs.
+    bool PastingOrCopying() const;
+
+    // --- Table look-up ---
+    // The row pair that brackets InValue in the monotonic column ACol: row2 is the later row and
+    // Intfactor the fraction of the way from row2 - 1 to row2 (limited to [0, 1] unless
+    // Extrapolate). Errors are shown in a message and give false.
+    bool GetInterpPars(int ACol, bool ascending, double InValue, int& row2, double& Intfactor);
+    bool GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, int& row2, double& Intfactor);
+    // Column ACol's value at the bracket from GetInterpPars.
+    bool GetInterpVal(int ACol, int row2, double Intfactor, double& Value);
+    // Outcol's value at InValue of Incol, through the parabola of three neighbouring rows.
+    bool GetQuadInterpVal(int Incol, int Outcol, bool ascending, double InValue, double& Value);
+    bool GetQuadInterpVal(int Incol, int Outcol, TColumnOrder AColOrder, double InValue, double& Value);
+    // The sum of rows startrow..endrow (0 when endrow < startrow).
+    double ColSum(int icol, int startrow, int endrow);
+    // Widens ColMin / ColMax by the column's values (base units when Scale, else as shown);
+    // ResetColMinMax starts from 1e20 / -1e20.
+    void GetColMinMax(int icol, double& ColMin, double& ColMax, bool ResetColMinMax, bool Scale);
+    TColumnOrder ColumnOrder(int ACol);
+
+    // --- Undo ---
+    // The grid's undo history, for a host's Edit menu (QUndoStack::createUndoAction).
+    QUndoStack* UndoStack() const;
+
     // --- Field contract ---
     bool HasChanged() override;
     void SetCopyValue() override;
@@ -314,6 +372,13 @@ protected:
     virtual void SizeChanged(int OldColCount, int OldRowCount);
     // The grid's message text: Text + "\r\n" + "in " + the owner's name.
     QString GridMessage(const QString& Text) const;
+    // The owner's name as messages give it.
+    QString OwnerName() const;
+    // A data dialog was cancelled: a running paste stops.
+    bool DialogCancelled() const;
+    void SetDialogCancelled(bool AValue);
+    // True while a change of the counts re-initialises the grid.
+    bool ResizingNumGrid() const;
 
     // --- TFieldBase hooks ---
     void WriteStreamValue(TWriter& Writer) override;

@@ -1,0 +1,323 @@
+// The grid's clipboard: paste of delimited text, copy of every cell, and the text table export.
+#include "numcolumn_p.h"
+#include "numgrid_view_p.h"
+
+#include <qxnum/dialogs.h>
+#include <qxnum/numconv.h>
+#include <qxnum/units.h>
+
+#include <QApplication>
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QToolTip>
+
+#include <algorithm>
+
+namespace qxnum {
+
+namespace {
+
+QString Tr(const char* Source) {
+    return QCoreApplication::translate("TNumGrid", Source);
+}
+
+constexpr int MaxPasteRow = 10000;
+// The event loop runs at most this often during a paste: a click still stops it at once, and the
+// loop costs nothing beside the parsing.
+constexpr qint64 PasteEventInterval = 10;
+
+struct TPasteCancelled {};
+
+bool IsDelimiter(QChar C) {
+    const char16_t U = C.unicode();
+    return U == 9 || U == 10 || U == 13 || U == 32 || U == 59;
+}
+
+bool IsLineEnd(QChar C) {
+    return C.unicode() == 10 || C.unicode() == 13;
+}
+
+// While a paste runs the application is busy: user input is swallowed, except a mouse press on
+// the grid, which stops the paste, and input to a dialog that the paste itself opened.
+class TPasteInputGuard : public QObject {
+public:
+    explicit TPasteInputGuard(TNumGridPrivate* Grid)
+        : D(Grid), ModalAtStart(QApplication::activeModalWidget()) {
+        qApp->installEventFilter(this);
+    }
+    ~TPasteInputGuard() override { qApp->removeEventFilter(this); }
+
+protected:
+    bool eventFilter(QObject* O, QEvent* E) override {
+        switch (E->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::MouseButtonRelease:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::ShortcutOverride:
+        case QEvent::Wheel:
+        case QEvent::TouchBegin:
+        case QEvent::Close:
+            break;
+        default:
+            return false;
+        }
+        auto* W = qobject_cast<QWidget*>(O);
+        if (!W) return false;
+        QWidget* Modal = QApplication::activeModalWidget();
+        if (Modal && Modal != ModalAtStart && (Modal == W || Modal->isAncestorOf(W))) return false;
+        if (E->type() == QEvent::MouseButtonPress && (W == D->q || D->q->isAncestorOf(W)))
+            D->Pasting_or_Copying = false;
+        return true;
+    }
+
+private:
+    TNumGridPrivate* D;
+    QWidget* ModalAtStart;
+};
+
+// A cell's text in the text flavour: one line, no TAB, so that the table keeps its shape.
+QString FlatCell(const QString& S) {
+    QString T = S;
+    T.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+    for (QChar& C : T)
+        if (C.unicode() == 9 || C.unicode() == 10 || C.unicode() == 13) C = QLatin1Char(' ');
+    return T;
+}
+
+QString HtmlCell(const QString& S) {
+    QString T = S.toHtmlEscaped();
+    T.replace(QStringLiteral("\r\n"), QStringLiteral("<br>"));
+    T.replace(QLatin1Char('\n'), QStringLiteral("<br>"));
+    return T;
+}
+
+} // namespace
+
+bool TNumGrid::PastingOrCopying() const {
+    return Priv()->Pasting_or_Copying;
+}
+
+bool TNumGrid::DialogCancelled() const {
+    return Priv()->DialogCancelled;
+}
+void TNumGrid::SetDialogCancelled(bool AValue) {
+    Priv()->DialogCancelled = AValue;
+}
+bool TNumGrid::ResizingNumGrid() const {
+    return Priv()->ResizingNumGrid;
+}
+QString TNumGrid::OwnerName() const {
+    return Priv()->OwnerName();
+}
+
+void TNumGrid::PasteFromClipboard() {
+    TNumGridPrivate* D = Priv();
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const QString SavedHint = toolTip();
+    setToolTip(Tr("Click mouse to stop"));
+    if (isVisible()) QToolTip::showText(mapToGlobal(rect().center()), toolTip(), this);
+    D->Pasting_or_Copying = true;
+    const QString Question = D->FAlwaysPasteFromLeftCol
+                                 ? Tr("Paste from upper row? (Yes)\r\n(No = from selected row)")
+                                 : Tr("Paste from upper left cell? (Yes)\r\n(No = from selected cell)");
+    const bool SavedAllowDataDialog = D->FAllowDataDialog;
+    BeginUpdate();
+    const int OldCol = Col(), OldRow = Row();
+    int c = 0, r = 0, Widest = 0;
+    bool Ended = false; // reached the end normally: AfterPaste is called
+    QString Field;
+    try {
+        if (D->View->EditorOpen) {
+            // The editor takes the text itself; a numeric column takes it back if it is no number.
+            TGridCellEditor* Editor = D->View->Editor;
+            const QString Line =
+                QGuiApplication::clipboard()->text().split(QLatin1Char('\n')).value(0).trimmed();
+            Editor->insert(Line);
+            const TNumColumn* Column = D->FColumns->Items(Col());
+            Extended Probe = 0.0L;
+            if (Column && !Column->StringCol() && !TryQX_StrToFloat(Editor->text().left(40), Probe)) {
+                Editor->undo();
+                QApplication::beep();
+            }
+            r = Row();
+            Widest = Col();
+            Ended = true;
+        } else if (QGuiApplication::clipboard()->mimeData() &&
+                   QGuiApplication::clipboard()->mimeData()->hasText()) {
+            if (Col() < D->FFixedCols) D->FCol = D->FFixedCols;
+            if (Row() < D->FFixedRows) D->FRow = D->FFixedRows;
+            int StartCol = 0, StartRow = 0;
+            switch (MessageDlg(Question, mtConfirmation, mbYesNoCancel)) {
+            case mrYes:
+                StartCol = D->FAlwaysPasteFromLeftCol ? 0 : D->FFixedCols;
+                StartRow = 0;
+                D->FAllowDataDialog = false;
+                break;
+            case mrNo:
+                if (D->FAlwaysPasteFromLeftCol) {
+                    D->FAllowDataDialog = false;
+                    StartCol = 0;
+                } else {
+                    StartCol = Col();
+                }
+                StartRow = Row();
+                break;
+            default:
+                throw TPasteCancelled();
+            }
+            const QString S = QGuiApplication::clipboard()->text();
+            const int L = static_cast<int>(S.size());
+            auto At = [&S](int Pos) { return S.at(Pos - 1); }; // positions 1..L
+            TGridUndoStep Step(D, std::max(StartRow, D->FFixedRows), -1, "Paste");
+            TPasteInputGuard Guard(D);
+            QElapsedTimer Clock;
+            Clock.start();
+            int i = 1;
+            c = StartCol;
+            r = StartRow;
+            Widest = c;
+            for (;;) {
+                while (i <= L && IsDelimiter(At(i))) {
+                    if (IsLineEnd(At(i))) {
+                        c = StartCol;
+                        ++r;
+                        if (At(i).unicode() == 13) ++i; // the LF of CR LF is passed unread
+                        if (i < L && r > RowCount() - 1) {
+                            InsertRow(r);
+                            TNumColumn* First = D->FColumns->Items(StartCol);
+                            if (First && !First->StringCol() && !First->OnExprCheckVariable())
+                                SetDValues(StartCol, r, 0.0L);
+                            else
+                                SetCells(StartCol, r, QString());
+                        }
+                    } else if (!(At(i).unicode() == 32 && i > 1 && IsDelimiter(At(i - 1)))) {
+                        ++c; // blanks after a delimiter only align, they open no column
+                    }
+                    ++i;
+                }
+                int j = i;
+                do {
+                    ++j;
+                } while (j < L && !IsDelimiter(At(j)));
+                // The scan stops at L: a last field without a line end loses its last character.
+                Field = i <= L ? S.mid(i - 1, j - i) : QString();
+                if (r >= D->FFixedRows) {
+                    TNumColumn* Column = D->FColumns->Items(c);
+                    if (!Column) throw std::out_of_range("column");
+                    if (Column->ReadOnly()) {
+                    } else if (Column->StringCol() || Column->OnExprCheckVariable()) {
+                        SetCells(c, r, Field);
+                    } else if (!Field.trimmed().isEmpty()) {
+                        auto V = static_cast<double>(QX_StrToFloat(Field.trimmed()));
+                        const double F = Column->NumericType() == ntParType
+                                             ? ParScaleOf(Column->ParType(), Column->UnitSystem())
+                                             : 1.0;
+                        V = (V * F - static_cast<double>(Column->ScaleOffset())) *
+                            static_cast<double>(Column->CustomScale());
+                        SetDValues(c, r, V);
+                    }
+                }
+                i = j;
+                if (c > ColCount() - 1)
+                    while (i <= L && !IsLineEnd(At(i)))
+                        ++i;
+                Widest = std::max(Widest, c);
+                if (Clock.elapsed() >= PasteEventInterval) {
+                    QCoreApplication::processEvents();
+                    Clock.restart();
+                }
+                if (r > MaxPasteRow || i >= L || !D->Pasting_or_Copying || D->DialogCancelled) break;
+            }
+            if (r > MaxPasteRow)
+                MessageDlg(Tr("Maximum of 10000 rows in numgrid encountered"), mtWarning, mbOK);
+            Ended = true;
+        }
+    } catch (const TPasteCancelled&) {
+    } catch (const std::exception&) {
+        MessageDlg(QString::asprintf("Error encountered pasting string \"%s\" into grid at col %d, row %d",
+                                     qUtf8Printable(Field), c, r),
+                   mtError, mbOK);
+    }
+    if (Ended && D->FAfterPaste) D->FAfterPaste(this, Widest, r - 1, OldCol, OldRow);
+    EndUpdate();
+    D->FAllowDataDialog = SavedAllowDataDialog;
+    QGuiApplication::restoreOverrideCursor();
+    setToolTip(SavedHint);
+    QToolTip::hideText();
+    D->Pasting_or_Copying = false;
+    D->DialogCancelled = false;
+}
+
+bool TNumGrid::CopyToClipboard() {
+    TNumGridPrivate* D = Priv();
+    if (D->View->EditorOpen) return false;
+    const QString SavedHint = toolTip();
+    setToolTip(Tr("Click mouse or type \"e\" to stop"));
+    D->Pasting_or_Copying = true;
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    bool Result = false;
+    try {
+        QString Text, Html = QStringLiteral("<table>\n");
+        for (int R = 0; R < RowCount(); ++R) {
+            Html += QStringLiteral("<tr>");
+            const char* Tag = R < D->FFixedRows ? "th" : "td";
+            for (int C = 0; C < ColCount(); ++C) {
+                if (C > 0) Text += QLatin1Char('\t');
+                Text += FlatCell(D->Store.Cell(C, R));
+                Html += QStringLiteral("<%1>%2</%1>").arg(QLatin1String(Tag), HtmlCell(D->Store.Cell(C, R)));
+            }
+            Text += QStringLiteral("\r\n");
+            Html += QStringLiteral("</tr>\n");
+        }
+        Html += QStringLiteral("</table>\n");
+        auto* Mime = new QMimeData;
+        Mime->setText(Text);
+        Mime->setHtml(Html);
+        QGuiApplication::clipboard()->setMimeData(Mime);
+        Result = true;
+    } catch (const std::exception&) {
+        Result = false;
+    }
+    QGuiApplication::restoreOverrideCursor();
+    setToolTip(SavedHint);
+    D->Pasting_or_Copying = false;
+    if (!Result) MessageDlg(Tr("Error copying NumGrid to Clipboard\r\nin ") + D->OwnerName(), mtError, mbOK);
+    return Result;
+}
+
+void TNumGrid::AddToLines(QStringList& Lines, const TColSet& Cols, const QString& Separator, int MaxWidth,
+                          bool FixedWidth) {
+    TNumGridPrivate* D = Priv();
+    const int Count = std::min(D->FColumns->Count(), static_cast<int>(Cols.size()));
+    auto Width = [&](const TNumColumn* Column) {
+        return FixedWidth ? MaxWidth
+                          : std::min(static_cast<int>(Column->Title()->Caption().size()), MaxWidth);
+    };
+    auto Append = [&](QString& Line, int C, const QString& Text) {
+        const TNumColumn* Column = D->FColumns->Items(C);
+        if (C > 0) Line += Separator;
+        const int W = Width(Column);
+        Line += FormatWidth(Column->Alignment() == taRightJustify ? W : -W, Text);
+    };
+    QString Title;
+    for (int C = 0; C < Count; ++C) {
+        if (!Cols.test(static_cast<size_t>(C))) continue;
+        QString Caption = D->FColumns->Items(C)->Title()->Caption();
+        Caption.replace(QLatin1Char('\n'), QLatin1Char('|')).replace(QLatin1Char('\r'), QLatin1Char('|'));
+        Append(Title, C, Caption);
+    }
+    Lines.append(Title);
+    const int DataCols = std::min(ColCount(), Count);
+    for (int R = D->FFixedRows; R < RowCount(); ++R) {
+        QString Line;
+        for (int C = 0; C < DataCols; ++C)
+            if (Cols.test(static_cast<size_t>(C))) Append(Line, C, D->Store.Cell(C, R));
+        Lines.append(Line);
+    }
+}
+
+} // namespace qxnum
