@@ -136,11 +136,15 @@ void TNumGrid::PasteFromClipboard() {
             TGridCellEditor* Editor = D->View->Editor;
             const QString Line =
                 QGuiApplication::clipboard()->text().split(QLatin1Char('\n')).value(0).trimmed();
+            const QString Before = Editor->text();
+            const int Cursor = Editor->cursorPosition();
             Editor->insert(Line);
             const TNumColumn* Column = D->FColumns->Items(Col());
             Extended Probe = 0.0L;
             if (Column && !Column->StringCol() && !TryQX_StrToFloat(Editor->text().left(40), Probe)) {
-                Editor->undo();
+                // Taken back exactly, whatever the editor's own undo history holds.
+                Editor->setText(Before);
+                Editor->setCursorPosition(Cursor);
                 QApplication::beep();
             }
             r = Row();
@@ -261,12 +265,14 @@ bool TNumGrid::CopyToClipboard() {
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     bool Result = false;
     try {
+        // The columns a paste answered Yes starts at, so that copy and paste are each other's inverse.
+        const int FirstCol = D->FAlwaysPasteFromLeftCol ? 0 : std::min(D->FFixedCols, ColCount());
         QString Text, Html = QStringLiteral("<table>\n");
         for (int R = 0; R < RowCount(); ++R) {
             Html += QStringLiteral("<tr>");
             const char* Tag = R < D->FFixedRows ? "th" : "td";
-            for (int C = 0; C < ColCount(); ++C) {
-                if (C > 0) Text += QLatin1Char('\t');
+            for (int C = FirstCol; C < ColCount(); ++C) {
+                if (C > FirstCol) Text += QLatin1Char('\t');
                 Text += FlatCell(D->Store.Cell(C, R));
                 Html += QStringLiteral("<%1>%2</%1>").arg(QLatin1String(Tag), HtmlCell(D->Store.Cell(C, R)));
             }

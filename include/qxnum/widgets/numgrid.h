@@ -38,7 +38,9 @@
 //   PasteFromClipboard reads text separated by TAB, ';' or blanks, line by line, adding rows as it
 //   goes (at most up to row 10,000). Numbers are taken in the units each column shows. A mouse
 //   click on the grid stops a running paste; what was pasted so far stays. CopyToClipboard writes
-//   every cell, TAB between cells and CR LF after each row, plus the same table as HTML.
+//   every row, title rows included, from the column a paste answered Yes starts at (FixedCols, or 0
+//   with AlwaysPasteFromLeftCol): TAB between cells, CR LF after each row, line breaks inside a
+//   cell as blanks; and the same table as HTML. So a copy pasted back with Yes gives the same data.
 //
 // Undo
 //   A cell edit, a paste, a row inserted, copied or deleted and a cleared table (through the keys or
@@ -219,7 +221,7 @@ public:
     // pastes into the editor and takes the paste back, with a beep, when a numeric column does not
     // read it as a number.
     void PasteFromClipboard();
-    // Puts every cell on the clipboard; false while the in-place editor is open.
+    // Puts the table on the clipboard (see the header comment); false while the in-place editor is open.
     bool CopyToClipboard();
     // Appends a text table of the columns in Cols: a title line (line breaks shown as '|'), then a
     // line per data row. Each column is padded to MaxWidth (FixedWidth) or to its title's length,
@@ -228,6 +230,10 @@ public:
                     bool FixedWidth);
     // True while a paste or a copy runs.
     bool PastingOrCopying() const;
+    // A data dialog opened for a pasted row (the time-series grid's) was cancelled: the paste
+    // stops. Every paste clears it at its end.
+    bool DialogCancelled() const;
+    void SetDialogCancelled(bool AValue);
 
     // --- Table look-up ---
     // The row pair that brackets InValue in the monotonic column ACol: row2 is the later row and
@@ -374,9 +380,6 @@ protected:
     QString GridMessage(const QString& Text) const;
     // The owner's name as messages give it.
     QString OwnerName() const;
-    // A data dialog was cancelled: a running paste stops.
-    bool DialogCancelled() const;
-    void SetDialogCancelled(bool AValue);
     // True while a change of the counts re-initialises the grid.
     bool ResizingNumGrid() const;
 
