@@ -14,6 +14,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <optional>
 
 namespace qxnum {
 
@@ -129,6 +130,8 @@ void TNumGrid::PasteFromClipboard() {
     const int OldCol = Col(), OldRow = Row();
     int c = 0, r = 0, Widest = 0;
     bool Ended = false; // reached the end normally: AfterPaste is called
+    // One undo step, to the end of the refresh (its checks may reformat what was pasted).
+    std::optional<TGridUndoStep> Step;
     QString Field;
     try {
         if (D->View->EditorOpen) {
@@ -176,7 +179,7 @@ void TNumGrid::PasteFromClipboard() {
             const QString S = QGuiApplication::clipboard()->text();
             const int L = static_cast<int>(S.size());
             auto At = [&S](int Pos) { return S.at(Pos - 1); }; // positions 1..L
-            TGridUndoStep Step(D, std::max(StartRow, D->FFixedRows), -1, "Paste");
+            Step.emplace(D, std::max(StartRow, D->FFixedRows), -1, "Paste");
             TPasteInputGuard Guard(D);
             QElapsedTimer Clock;
             Clock.start();
@@ -248,6 +251,7 @@ void TNumGrid::PasteFromClipboard() {
     }
     if (Ended && D->FAfterPaste) D->FAfterPaste(this, Widest, r - 1, OldCol, OldRow);
     EndUpdate();
+    Step.reset();
     D->FAllowDataDialog = SavedAllowDataDialog;
     QGuiApplication::restoreOverrideCursor();
     setToolTip(SavedHint);

@@ -28,7 +28,16 @@ public:
         : QUndoCommand(Text), D(Grid), First(At), Old(std::move(Before)), New(std::move(After)),
           CellBefore(From), CellAfter(To) {}
 
-    void undo() override { Apply(New, Old, CellBefore); }
+    void undo() override {
+        if (FirstUndo) {
+            // What followed the step without a step of its own (a reformat by the grid's checks, a
+            // move of the current cell) belongs to it: redo returns to the table as it was undone.
+            FirstUndo = false;
+            New = TakeRows(D->Store, First, static_cast<int>(New.size()));
+            CellAfter = QPoint(D->FCol, D->FRow);
+        }
+        Apply(New, Old, CellBefore);
+    }
     void redo() override {
         // The step has happened when it is pushed.
         if (Pushed) {
@@ -48,6 +57,7 @@ private:
     TRows Old, New;
     QPoint CellBefore, CellAfter;
     bool Pushed = true;
+    bool FirstUndo = true;
 };
 
 } // namespace
