@@ -175,6 +175,8 @@ public:
     // Checks the current cell when an edit changed it; false (message shown) when it is invalid.
     bool ValidateCurrent();
     void MoveTo(int C, int R, bool Extend);
+    // The navigator's Row := R: any existing row, fixed rows included, as the original allowed.
+    void NavigateToRow(int R);
     void ScrollIntoView(int C, int R);
     void EditorKey(QKeyEvent* E);
     // A check box toggled by the user (one undoable step).

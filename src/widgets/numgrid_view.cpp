@@ -435,6 +435,16 @@ void TNumGridPrivate::MoveTo(int C, int R, bool Extend) {
     q->viewport()->update();
 }
 
+void TNumGridPrivate::NavigateToRow(int R) {
+    TGridViewState& S = *View;
+    if (S.Moving || R < 0 || R >= Store.RowCount() || R == FRow) return;
+    CommitEdit();
+    if (!ValidateCurrent() || !q->SelectCell(FCol, R)) return;
+    S.AnchorCol = FCol;
+    S.AnchorRow = FRow;
+    q->viewport()->update();
+}
+
 void TNumGridPrivate::ScrollIntoView(int C, int R) {
     TGridViewState& S = *View;
     if (R >= FFixedRows) {

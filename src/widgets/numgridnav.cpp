@@ -52,13 +52,14 @@ public:
 
     void paint(QPainter* P, const QRect& Rect, QIcon::Mode Mode, QIcon::State State) override {
         const qreal Ratio = P->device() ? P->device()->devicePixelRatioF() : 1.0;
-        P->drawPixmap(Rect, scaledPixmap(Rect.size(), Mode, State, Ratio));
+        P->drawPixmap(Rect, scaledPixmap(Rect.size() * Ratio, Mode, State, Ratio));
     }
     QPixmap pixmap(const QSize& Size, QIcon::Mode Mode, QIcon::State State) override {
         return scaledPixmap(Size, Mode, State, 1.0);
     }
+    // Size is in device pixels already.
     QPixmap scaledPixmap(const QSize& Size, QIcon::Mode Mode, QIcon::State, qreal Scale) override {
-        QImage Image(Size * Scale, QImage::Format_ARGB32_Premultiplied);
+        QImage Image(Size, QImage::Format_ARGB32_Premultiplied);
         Image.fill(Qt::transparent);
         {
             QPainter P(&Image);
@@ -298,16 +299,16 @@ void TNumGridNavigator::BtnClick(TNumGridBtn Index) {
         if (!d->Grid || !G->CheckGrid()) return; // no navigation with an invalid cell
         switch (Index) {
         case ngbFirst:
-            G->SetRow(1); // row 1, not the first data row, as it always was
+            D->NavigateToRow(1); // row 1, not the first data row, as it always was
             break;
         case ngbPrior:
-            if (G->Row() > 1) G->SetRow(G->Row() - 1);
+            if (G->Row() > 1) D->NavigateToRow(G->Row() - 1);
             break;
         case ngbNext:
-            if (G->Row() < G->RowCount() - 1) G->SetRow(G->Row() + 1);
+            if (G->Row() < G->RowCount() - 1) D->NavigateToRow(G->Row() + 1);
             break;
         case ngbLast:
-            G->SetRow(G->RowCount() - 1);
+            D->NavigateToRow(G->RowCount() - 1);
             break;
         case ngbAdd: {
             TGridUndoStep Append(D, G->RowCount() - 1, 2, "Append row");
@@ -341,7 +342,7 @@ void TNumGridNavigator::BtnClick(TNumGridBtn Index) {
         default:
             break;
         }
-        // The grid's Row setter has reported the move (CheckCellChange) already: no second report.
+        // The grid's move has reported itself (CheckCellChange) already: no second report.
     }
     if (!Self) return;
     if (d->OnNavClick) d->OnNavClick(this, Index);

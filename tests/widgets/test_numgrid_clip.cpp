@@ -3,6 +3,7 @@
 #include <qxnum/widgets/numgrid.h>
 
 #include "dialogrecorder.h"
+#include "fieldtest.h"
 #include "settingsguard.h"
 #include "widgettest.h"
 
@@ -59,19 +60,47 @@ struct ScanCase {
 
 TEST_F(PasteTest, ScannerPlacesFieldsAsTheRulesSay) {
     const std::vector<ScanCase> Cases = {
-        {"tab and CR LF, No", "1\t2\r\n3\t4\r\n", mrNo, 2, {{1, 1, "1"}, {2, 1, "2"}, {1, 2, "3"}, {2, 2, "4"}}, {2, 2}, 3},
-        {"tab and CR LF, Yes drops the first line on the title row", "1\t2\r\n3\t4\r\n", mrYes, 3,
-         {{1, 1, "3"}, {2, 1, "4"}, {1, 2, "9"}}, {2, 1}, 3},
+        {"tab and CR LF, No",
+         "1\t2\r\n3\t4\r\n",
+         mrNo,
+         2,
+         {{1, 1, "1"}, {2, 1, "2"}, {1, 2, "3"}, {2, 2, "4"}},
+         {2, 2},
+         3},
+        {"tab and CR LF, Yes drops the first line on the title row",
+         "1\t2\r\n3\t4\r\n",
+         mrYes,
+         3,
+         {{1, 1, "3"}, {2, 1, "4"}, {1, 2, "9"}},
+         {2, 1},
+         3},
         // The scan ends at the last field, before the line end after it: ARow is one less.
         {"LF alone ends a line too", "1\n2\n", mrNo, 3, {{1, 1, "1"}, {1, 2, "2"}}, {1, 1}, 3},
-        {"two blanks align, they open one column", "1  2\r\n", mrNo, 2, {{1, 1, "1"}, {2, 1, "2"}}, {2, 1}, 2},
+        {"two blanks align, they open one column",
+         "1  2\r\n",
+         mrNo,
+         2,
+         {{1, 1, "1"}, {2, 1, "2"}},
+         {2, 1},
+         2},
         {"a blank after a TAB counts nothing", "1\t 2\r\n", mrNo, 2, {{1, 1, "1"}, {2, 1, "2"}}, {2, 1}, 2},
-        {"two semicolons leave a column untouched", "1;;2\r\n", mrNo, 2, {{1, 1, "1"}, {2, 1, "9"}, {3, 1, "2"}},
-         {3, 1}, 2},
+        {"two semicolons leave a column untouched",
+         "1;;2\r\n",
+         mrNo,
+         2,
+         {{1, 1, "1"}, {2, 1, "9"}, {3, 1, "2"}},
+         {3, 1},
+         2},
         {"a last field without a line end loses its last character", "12", mrNo, 2, {{1, 1, "1"}}, {1, 0}, 2},
         {"with a line end it is whole", "12\r\n", mrNo, 2, {{1, 1, "12"}}, {1, 1}, 2},
         {"a one-character last field is kept", "7", mrNo, 2, {{1, 1, "7"}}, {1, 0}, 2},
-        {"an empty field leaves a numeric cell as it was", "5\t\t", mrNo, 2, {{1, 1, "5"}, {3, 1, "9"}}, {3, 0}, 2},
+        {"an empty field leaves a numeric cell as it was",
+         "5\t\t",
+         mrNo,
+         2,
+         {{1, 1, "5"}, {3, 1, "9"}},
+         {3, 0},
+         2},
     };
     for (const ScanCase& C : Cases) {
         SCOPED_TRACE(C.Name);
@@ -93,7 +122,8 @@ TEST_F(PasteTest, ScannerPlacesFieldsAsTheRulesSay) {
         EXPECT_EQ((*AfterPaste)[3], 1);
         EXPECT_EQ(Grid->RowCount(), C.RowsAfter);
         ASSERT_EQ(Dialogs.Count(), 1);
-        EXPECT_EQ(Dialogs.Dialogs()[0].Msg, QStringLiteral("Paste from upper left cell? (Yes)\r\n(No = from selected cell)"));
+        EXPECT_EQ(Dialogs.Dialogs()[0].Msg,
+                  QStringLiteral("Paste from upper left cell? (Yes)\r\n(No = from selected cell)"));
         EXPECT_EQ(Dialogs.Dialogs()[0].DlgType, mtConfirmation);
         EXPECT_EQ(Dialogs.Dialogs()[0].Buttons, mbYesNoCancel);
         EXPECT_FALSE(Grid->PastingOrCopying());
@@ -112,7 +142,8 @@ TEST_F(PasteTest, StringReadOnlyAndLeftColumnRules) {
     Grid->SetRow(4);
     // No with AlwaysPasteFromLeftCol starts in column 0 of the selected row.
     Paste(QStringLiteral("a;1.5;txt;4\r\nb\r\n"), mrNo);
-    EXPECT_EQ(Dialogs.Dialogs()[0].Msg, QStringLiteral("Paste from upper row? (Yes)\r\n(No = from selected row)"));
+    EXPECT_EQ(Dialogs.Dialogs()[0].Msg,
+              QStringLiteral("Paste from upper row? (Yes)\r\n(No = from selected row)"));
     EXPECT_EQ(Grid->Rows(4), (QStringList{"a", "1.5", "txt", "77", "0"}));
     EXPECT_EQ(Grid->Cells(0, 5), QStringLiteral("b"));
     EXPECT_EQ(DialogAllowed, std::vector<bool>{false}) << "no data dialog for the rows a paste adds";

@@ -5,6 +5,7 @@
 #include <qxnum/widgets/numgrid.h>
 
 #include "dialogrecorder.h"
+#include "fieldtest.h"
 #include "settingsguard.h"
 
 #include <QWidget>
@@ -52,11 +53,34 @@ TEST_F(InterpTest, BracketsAndInterpolatesLinearly) {
         {"between rows", {1, 2, 4}, {10, 20, 40}, true, false, 3, 3, 0.5, 30},
         {"equality is pushed to the next interval", {1, 2, 4}, {10, 20, 40}, true, false, 2, 3, 0.0, 20},
         {"beyond the end is held at the last value", {1, 2, 4}, {10, 20, 40}, true, false, 5, 3, 1.0, 40},
-        {"beyond the end extrapolates on the last interval", {1, 2, 4}, {10, 20, 40}, true, true, 5, 3, 1.5, 50},
+        {"beyond the end extrapolates on the last interval",
+         {1, 2, 4},
+         {10, 20, 40},
+         true,
+         true,
+         5,
+         3,
+         1.5,
+         50},
         {"before the start is held at the first value", {1, 2, 4}, {10, 20, 40}, true, false, 0, 2, 0.0, 10},
-        {"before the start extrapolates on the first interval", {1, 2, 4}, {10, 20, 40}, true, true, 0, 2, -1.0, 0},
+        {"before the start extrapolates on the first interval",
+         {1, 2, 4},
+         {10, 20, 40},
+         true,
+         true,
+         0,
+         2,
+         -1.0,
+         0},
         {"a descending column", {4, 2, 1}, {40, 20, 10}, false, false, 3, 2, 0.5, 30},
-        {"negative values: the tolerance scales with the input", {-4, -2, -1}, {1, 2, 3}, true, false, -3, 2, 0.5,
+        {"negative values: the tolerance scales with the input",
+         {-4, -2, -1},
+         {1, 2, 3},
+         true,
+         false,
+         -3,
+         2,
+         0.5,
          1.5},
     };
     for (const LookupCase& C : Cases) {
@@ -90,32 +114,42 @@ TEST_F(InterpTest, FailuresShowOneMessageAndReturnFalse) {
     int Row2 = 0;
     double F = 0.0, V = 0.0;
     const std::vector<Case> Cases = {
-        {"equal values make a zero denominator", {5, 5, 7}, [&] { return Grid->GetInterpPars(1, true, 1.0, Row2, F); },
+        {"equal values make a zero denominator",
+         {5, 5, 7},
+         [&] { return Grid->GetInterpPars(1, true, 1.0, Row2, F); },
          "Exception error interpolating column nr.1\r\nin CurveForm"},
-        {"an order that is none", {1, 2, 4}, [&] { return Grid->GetInterpPars(1, coNeitherAnorD, 3.0, Row2, F); },
+        {"an order that is none",
+         {1, 2, 4},
+         [&] { return Grid->GetInterpPars(1, coNeitherAnorD, 3.0, Row2, F); },
          "Exception error interpolating column nr.1\r\nin CurveForm"},
-        {"an order that cannot be found", {1, 3, 2},
+        {"an order that cannot be found",
+         {1, 3, 2},
          [&] { return Grid->GetInterpPars(1, coAutoDetermine, 2.5, Row2, F); },
          "Exception error interpolating column nr.1\r\nin CurveForm"},
-        {"a text column", {1, 2, 4},
+        {"a text column",
+         {1, 2, 4},
          [&] {
              Grid->Columns()->Items(1)->SetStringCol(true);
              return Grid->GetInterpPars(1, true, 3.0, Row2, F);
          },
          "Cannot interpolate in non-numerical column nr.1\r\nin CurveForm"},
-        {"a text output column", {1, 2, 4},
+        {"a text output column",
+         {1, 2, 4},
          [&] {
              Grid->Columns()->Items(2)->SetStringCol(true);
              return Grid->GetInterpVal(2, 2, 0.5, V);
          },
          "Cannot interpolate in non-numerical column nr.2\r\nin CurveForm"},
-        {"a text column in the quadratic form", {1, 2, 4},
+        {"a text column in the quadratic form",
+         {1, 2, 4},
          [&] {
              Grid->Columns()->Items(2)->SetStringCol(true);
              return Grid->GetQuadInterpVal(1, 2, true, 3.0, V);
          },
          "Cannot interpolate in non-numerical column\r\nin CurveForm"},
-        {"two data rows give no parabola", {1, 2}, [&] { return Grid->GetQuadInterpVal(1, 2, true, 1.5, V); },
+        {"two data rows give no parabola",
+         {1, 2},
+         [&] { return Grid->GetQuadInterpVal(1, 2, true, 1.5, V); },
          "Exception error quadr. interp. column nr.2\r\nin CurveForm"},
     };
     for (const Case& C : Cases) {

@@ -1,10 +1,11 @@
 // The grid's undo history: every kind of step undoes and redoes exactly, a paste is one step, and
 // reads and restorations clear the history.
-#include <qxnum/xml.h>
 #include <qxnum/widgets/numgrid.h>
 #include <qxnum/widgets/numgridnav.h>
+#include <qxnum/xml.h>
 
 #include "dialogrecorder.h"
+#include "fieldtest.h"
 #include "settingsguard.h"
 #include "widgettest.h"
 
