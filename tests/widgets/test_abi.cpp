@@ -10,7 +10,10 @@
 #include <qxnum/widgets/numcolumn.h>
 #include <qxnum/widgets/numfld.h>
 #include <qxnum/widgets/numgrid.h>
+#include <qxnum/widgets/numgridnav.h>
 #include <qxnum/widgets/numinp.h>
+#include <qxnum/widgets/numinpdlg.h>
+#include <qxnum/widgets/timeseriesgrid.h>
 #include <qxnum/xml.h>
 
 #include <gtest/gtest.h>
@@ -60,6 +63,12 @@ struct TFieldFormLayout {
     bool VersionUpdated;
     bool RevertingToDefaults;
     TXmlNode FormXmlRootNode;
+    void* d;
+};
+// The time-series grid's time row is public by contract.
+struct TTimeSeriesLayout {
+    std::vector<double> TimeRow;
+    std::vector<QString> TimeRowStrings;
     void* d;
 };
 struct TXmlErrorLayout {
@@ -123,6 +132,10 @@ TEST(Abi, EveryPublicClassHasItsPinnedSize) {
         {"TNumColTitle", sizeof(TNumColTitle), Derived<TPointer, QObject>()},
         {"TNumColumn", sizeof(TNumColumn), Derived<TPointer, QObject>()},
         {"TNumColumns", sizeof(TNumColumns), Derived<TPointer, QObject>()},
+        {"TTimeSeriesGrid", sizeof(TTimeSeriesGrid), Derived<TTimeSeriesLayout, TNumGrid>()},
+        {"TNumgButton", sizeof(TNumgButton), Derived<TPointer, QToolButton>()},
+        {"TNumGridNavigator", sizeof(TNumGridNavigator), Derived<TPointer, QWidget>()},
+        {"TNumInpDlgForm", sizeof(TNumInpDlgForm), Derived<TPointer, QDialog>()},
         {"TFieldFrame", sizeof(TFieldFrame), Derived<TPointer, QFrame>()},
         {"TFieldForm", sizeof(TFieldForm), Derived<TFieldFormLayout, QDialog>()},
     };
