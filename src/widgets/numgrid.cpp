@@ -493,6 +493,7 @@ void TNumGrid::BeginUpdate() {
 
 void TNumGrid::EndUpdate() {
     Priv()->Updating = false;
+    Priv()->CatchUpView();
     GridStringsChanged(this);
 }
 

@@ -184,6 +184,7 @@ void TNumGrid::PasteFromClipboard() {
             QElapsedTimer Clock;
             Clock.start();
             int i = 1;
+            unsigned Fields = 0; // the clock is read every 64 fields: reading it costs as much as a field
             c = StartCol;
             r = StartRow;
             Widest = c;
@@ -218,8 +219,8 @@ void TNumGrid::PasteFromClipboard() {
                     if (Column->ReadOnly()) {
                     } else if (Column->StringCol() || Column->OnExprCheckVariable()) {
                         SetCells(c, r, Field);
-                    } else if (!Field.trimmed().isEmpty()) {
-                        auto V = static_cast<double>(QX_StrToFloat(Field.trimmed()));
+                    } else if (const QString Trimmed = Field.trimmed(); !Trimmed.isEmpty()) {
+                        auto V = static_cast<double>(QX_StrToFloat(Trimmed));
                         const double F = Column->NumericType() == ntParType
                                              ? ParScaleOf(Column->ParType(), Column->UnitSystem())
                                              : 1.0;
@@ -233,7 +234,7 @@ void TNumGrid::PasteFromClipboard() {
                     while (i <= L && !IsLineEnd(At(i)))
                         ++i;
                 Widest = std::max(Widest, c);
-                if (Clock.elapsed() >= PasteEventInterval) {
+                if ((++Fields & 63) == 0 && Clock.elapsed() >= PasteEventInterval) {
                     QCoreApplication::processEvents();
                     Clock.restart();
                 }

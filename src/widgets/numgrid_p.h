@@ -154,6 +154,8 @@ public:
     void CellsChanged();
     // One cell's text changed.
     void CellChanged(int ACol, int ARow);
+    // While Updating the view only notes that it is behind; this brings it up to date.
+    void CatchUpView();
 
     // The view's workings (numgrid_view.cpp).
     TGridViewState& V() const;

@@ -274,6 +274,10 @@ void TNumGridPrivate::Stretch() {
 void TNumGridPrivate::LayoutChanged() {
     if (!View) return;
     TGridViewState& S = *View;
+    if (Updating) {
+        S.Deferred = true;
+        return;
+    }
     const int N = Store.ColCount();
     if (static_cast<int>(S.ColWidths.size()) != N) {
         S.ColWidths.resize(static_cast<size_t>(N), FDefaultColWidth);
@@ -296,6 +300,10 @@ void TNumGridPrivate::LayoutChanged() {
 
 void TNumGridPrivate::CellsChanged() {
     if (!View) return;
+    if (Updating) {
+        View->Deferred = true;
+        return;
+    }
     const int Old = View->TitleHeight;
     UpdateTitleHeight();
     if (Old != View->TitleHeight) {
@@ -307,6 +315,10 @@ void TNumGridPrivate::CellsChanged() {
 
 void TNumGridPrivate::CellChanged(int ACol, int ARow) {
     if (!View) return;
+    if (Updating) {
+        View->Deferred = true;
+        return;
+    }
     if (ARow < FFixedRows) {
         CellsChanged();
         return;
@@ -447,6 +459,10 @@ void TNumGridPrivate::NavigateToRow(int R) {
 
 void TNumGridPrivate::ScrollIntoView(int C, int R) {
     TGridViewState& S = *View;
+    if (Updating) {
+        S.Deferred = true;
+        return;
+    }
     if (R >= FFixedRows) {
         if (R < S.TopRow) {
             S.TopRow = R;
@@ -471,6 +487,13 @@ void TNumGridPrivate::ScrollIntoView(int C, int R) {
     }
     UpdateScrollBars();
     PlaceEditor();
+}
+
+void TNumGridPrivate::CatchUpView() {
+    if (!View || !View->Deferred) return;
+    View->Deferred = false;
+    LayoutChanged();
+    ScrollIntoView(FCol, FRow);
 }
 
 void TNumGridPrivate::UserToggle(int C, int R) {

@@ -49,6 +49,8 @@ struct TGridViewState {
     bool Moving = false;         // re-entrance guard of the current-cell move
     bool Validating = false;     // a message about the current cell is on screen
     std::vector<int> BaseWidths; // widths before stretching
+    // Changes told while the grid is updating: the view catches up once, in EndUpdate.
+    bool Deferred = false;
 };
 
 } // namespace qxnum
