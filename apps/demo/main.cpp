@@ -1,5 +1,7 @@
-// QXNumCtrls demo: an overview of the parameter types with a sample value shown in both unit
-// systems. Run with --screenshot FILE to render the window into a PNG and exit.
+// QXNumCtrls demo: an engine case with fields, a grid and a field form; a mission profile in a
+// time-series grid with its navigator; an overview of the parameter types in both unit systems.
+// Copy, Paste, Undo and Redo in the Edit menu act on the grid that has the focus.
+// Run with --screenshot FILE to render the window into a PNG and exit.
 #include <qxnum/qxnum.h>
 
 #include <QApplication>
@@ -9,10 +11,13 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMainWindow>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableWidget>
+#include <QUndoGroup>
+#include <QUndoStack>
 #include <QVBoxLayout>
 
 #include <cmath>
@@ -152,6 +157,9 @@ private:
 
 class TCasePage : public QWidget {
 public:
+    // The unit switch serves the other pages too.
+    std::function<void(TUnitSystem)> OnUnitSystem;
+
     explicit TCasePage(QWidget* Parent) : QWidget(Parent) {
         auto* Fields = new QWidget(this);
         Fields->setMinimumSize(520, 330);
@@ -239,6 +247,7 @@ public:
             for (int C = 0; C < FLine->ColCount(); ++C)
                 FLine->Columns()->Items(C)->SetUnitSystem(U);
             FEngine->SetUnitSystem(U);
+            if (OnUnitSystem) OnUnitSystem(U);
         });
         connect(Engine, &QPushButton::clicked, this, [this] {
             if (FEngine->exec() == QDialog::Accepted) WriteXml();
@@ -327,6 +336,190 @@ private:
     QPlainTextEdit* FXml = nullptr;
 };
 
+// A mission profile: time, altitude, Mach number, power setting and the phase's name, one row per
+// point; the navigator moves, appends (asking for the time) and deletes points, and the time row
+// shows the profile interpolated at any time.
+class TMissionPage : public QWidget {
+public:
+    explicit TMissionPage(QWidget* Parent) : QWidget(Parent) {
+        FGrid = new TTimeSeriesGrid(this);
+        FGrid->setObjectName(QStringLiteral("MissionProfile"));
+        FGrid->SetColCount(5);
+        FGrid->SetFixedCols(0);
+        FGrid->SetOptions(FGrid->Options() | goTabs | goColSizing);
+        FGrid->SetColStretchOptions(csoAutoStretch);
+        struct TColDef {
+            const char* Caption;
+            TParType ParType;
+        };
+        const TColDef Defs[] = {{"Time", ptTime},
+                                {"Altitude", ptZp},
+                                {"Mach number", ptRatio},
+                                {"Power setting", ptPercent},
+                                {"Phase", ptNone}};
+        for (int C = 0; C < 5; ++C) {
+            TNumColumn* Col = FGrid->Columns()->Items(C);
+            Col->SetParType(Defs[C].ParType);
+            Col->SetUnitSystem(usSI);
+            Col->Title()->SetCaption(tr(Defs[C].Caption));
+        }
+        FGrid->Columns()->Items(4)->SetStringCol(true);
+        FGrid->Columns()->Items(4)->SetAlignment(taLeftJustify);
+        FGrid->Columns()->Items(2)->SetRange(0.0L, 3.0L);
+        FGrid->Columns()->Items(3)->SetRange(0.0L, 110.0L);
+        struct TPoint {
+            Extended Time, Alt, Mach, Power;
+            const char* Phase;
+        };
+        const TPoint Points[] = {{0, 0, 0.0L, 20, "taxi"},
+                                 {60, 0, 0.2L, 100, "take-off"},
+                                 {120, 300, 0.4L, 90, "climb"},
+                                 {1500, 10668, 0.78L, 75, "cruise"},
+                                 {5000, 10668, 0.78L, 72, "descent"},
+                                 {6000, 900, 0.3L, 30, "approach"},
+                                 {6300, 0, 0.2L, 15, "landing"}};
+        FGrid->BeginUpdate();
+        FGrid->SetRowCount(8);
+        for (int R = 1; R <= 7; ++R) {
+            const TPoint& P = Points[R - 1];
+            FGrid->SetDValues(0, R, P.Time);
+            FGrid->SetDValues(1, R, P.Alt);
+            FGrid->SetDValues(2, R, P.Mach);
+            FGrid->SetDValues(3, R, P.Power);
+            FGrid->SetCells(4, R, tr(P.Phase));
+        }
+        FGrid->EndUpdate();
+        FGrid->SetCopyValue();
+
+        auto* Nav = new TNumGridNavigator(this);
+        Nav->SetNumGrid(FGrid);
+        TButtonSet Buttons;
+        for (TNumGridBtn B :
+             {ngbFirst, ngbPrior, ngbNext, ngbLast, ngbAdd, ngbInsert, ngbDelete, ngbEdit, ngbCancel})
+            Buttons.set(B);
+        Nav->SetVisibleButtons(Buttons);
+        Nav->setFixedSize(Nav->sizeHint());
+        FGrid->SetAfterClear([this](QObject*) { FGrid->SetCells(4, 1, tr("start")); });
+        // Edit Row asks for the point's time between its neighbours'.
+        Nav->SetHints({QString(), QString(), QString(), QString(), QString(), QString(), QString(),
+                       tr("Edit the time of the row")});
+        FGrid->SetOnRowEdit([this](QObject*, int ARow) { FGrid->TimeEditDialog(ARow); });
+
+        FAt = new TNumFld(this);
+        FAt->setObjectName(QStringLiteral("AtTime"));
+        FAt->SetParType(ptTime);
+        FAt->SetRange(0.0L, 1.0e6L);
+        FAt->SetValue(3000.0L);
+        FAt->SetEditLabelPosition(lpLeft);
+        FAt->SetEditUnitLabelPosition(lpRight);
+        if (FAt->EditLabel()) FAt->EditLabel()->SetCaption(tr("Profile at time"));
+        FAt->setMaximumWidth(110);
+        FRow = new QLabel(this);
+        FRow->setTextFormat(Qt::PlainText);
+
+        auto* Bar = new QHBoxLayout;
+        Bar->addWidget(Nav);
+        Bar->addStretch();
+        auto* At = new QHBoxLayout;
+        At->addWidget(FAt->EditLabel());
+        At->addWidget(FAt);
+        At->addWidget(FAt->EditUnitLabel());
+        At->addWidget(FRow, 1);
+        auto* Layout = new QVBoxLayout(this);
+        Layout->addWidget(
+            new QLabel(tr("Mission profile: paste a table from a spreadsheet (Ctrl+V), insert a "
+                          "point with the navigator, undo with Ctrl+Z"),
+                       this));
+        Layout->addWidget(FGrid, 1);
+        Layout->addLayout(Bar);
+        Layout->addLayout(At);
+
+        connect(FAt, &TNumFld::valueChanged, this, [this] { ShowTimeRow(); });
+        connect(FGrid, &TNumGrid::cellTextChanged, this, [this] { ShowTimeRow(); });
+        connect(FGrid->UndoStack(), &QUndoStack::indexChanged, this, [this] { ShowTimeRow(); });
+        ShowTimeRow();
+    }
+
+    void SetUnitSystem(TUnitSystem U) {
+        for (int C = 0; C < FGrid->ColCount(); ++C)
+            FGrid->Columns()->Items(C)->SetUnitSystem(U);
+        FAt->SetUnitSystem(U);
+        ShowTimeRow();
+    }
+
+private:
+    void ShowTimeRow() {
+        const auto T = static_cast<double>(FAt->GetValue());
+        if (T > FGrid->EndTime()) {
+            FRow->setText(tr("after the end of the mission"));
+            return;
+        }
+        // Look-up failures (times out of order) are reported by the grid itself.
+        if (!FGrid->CalcTimeRowAtTime(T)) {
+            FRow->clear();
+            return;
+        }
+        QStringList Parts;
+        for (int C = 1; C < FGrid->ColCount(); ++C) {
+            TNumColumn* Col = FGrid->Columns()->Items(C);
+            const QString Value =
+                Col->StringCol() ? FGrid->TimeRowStrings[static_cast<size_t>(C)]
+                                 : Col->GetValueString(1, FGrid->TimeRow[static_cast<size_t>(C)], true) +
+                                       QLatin1Char(' ') + ParUnitStrOf(Col->ParType(), Col->UnitSystem());
+            Parts << Col->Title()->Caption() + QStringLiteral(": ") + Value;
+        }
+        FRow->setText(Parts.join(QStringLiteral(",  ")));
+    }
+
+    TTimeSeriesGrid* FGrid = nullptr;
+    TNumFld* FAt = nullptr;
+    QLabel* FRow = nullptr;
+};
+
+// The grid that has the focus, or else the first one on the current tab.
+TNumGrid* CurrentGrid(QTabWidget* Tabs) {
+    for (QWidget* W = QApplication::focusWidget(); W; W = W->parentWidget())
+        if (auto* G = qobject_cast<TNumGrid*>(W)) return G;
+    return Tabs->currentWidget() ? Tabs->currentWidget()->findChild<TNumGrid*>() : nullptr;
+}
+
+// Edit menu: Copy and Paste act on the current grid; Undo and Redo follow the undo history of the
+// grid that last had the focus.
+void AddEditMenu(QMainWindow& Window, QTabWidget* Tabs) {
+    auto* Group = new QUndoGroup(&Window);
+    for (TNumGrid* G : Window.findChildren<TNumGrid*>())
+        Group->addStack(G->UndoStack());
+    if (TNumGrid* G = CurrentGrid(Tabs)) Group->setActiveStack(G->UndoStack());
+    QObject::connect(qApp, &QApplication::focusChanged, Group, [Group](QWidget*, QWidget* Now) {
+        for (QWidget* W = Now; W; W = W->parentWidget())
+            if (auto* G = qobject_cast<TNumGrid*>(W)) {
+                Group->setActiveStack(G->UndoStack());
+                return;
+            }
+    });
+    QMenu* Edit = Window.menuBar()->addMenu(QObject::tr("&Edit"));
+    QAction* Undo = Group->createUndoAction(Edit);
+    Undo->setShortcut(QKeySequence::Undo);
+    QAction* Redo = Group->createRedoAction(Edit);
+    Redo->setShortcuts({QKeySequence::Redo, QKeySequence(QStringLiteral("Ctrl+Y"))});
+    // The grid takes these keys itself while it has the focus; the menu serves the mouse.
+    Undo->setShortcutContext(Qt::WidgetShortcut);
+    Redo->setShortcutContext(Qt::WidgetShortcut);
+    Edit->addAction(Undo);
+    Edit->addAction(Redo);
+    Edit->addSeparator();
+    QAction* Copy = Edit->addAction(QObject::tr("&Copy table"), &Window, [Tabs] {
+        if (TNumGrid* G = CurrentGrid(Tabs)) G->CopyToClipboard();
+    });
+    Copy->setShortcut(QKeySequence::Copy);
+    Copy->setShortcutContext(Qt::WidgetShortcut);
+    QAction* Paste = Edit->addAction(QObject::tr("&Paste"), &Window, [Tabs] {
+        if (TNumGrid* G = CurrentGrid(Tabs)) G->PasteFromClipboard();
+    });
+    Paste->setShortcut(QKeySequence::Paste);
+    Paste->setShortcutContext(Qt::WidgetShortcut);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -344,7 +537,11 @@ int main(int argc, char** argv) {
     QMainWindow Window;
     Window.setWindowTitle(QStringLiteral("QXNumCtrls demo"));
     auto* Tabs = new QTabWidget(&Window);
-    Tabs->addTab(new TCasePage(Tabs), QObject::tr("Case"));
+    auto* Case = new TCasePage(Tabs);
+    Tabs->addTab(Case, QObject::tr("Case"));
+    auto* Mission = new TMissionPage(Tabs);
+    Tabs->addTab(Mission, QObject::tr("Mission"));
+    Case->OnUnitSystem = [Mission](TUnitSystem U) { Mission->SetUnitSystem(U); };
     auto* Units = new QWidget(Tabs);
     auto* Layout = new QVBoxLayout(Units);
     Layout->addWidget(new QLabel(QObject::tr("Each value is held in base units and shown with the standard "
@@ -353,6 +550,7 @@ int main(int argc, char** argv) {
     Layout->addWidget(MakeUnitTable(Units));
     Tabs->addTab(Units, QObject::tr("Parameter types"));
     Window.setCentralWidget(Tabs);
+    AddEditMenu(Window, Tabs);
     Window.resize(820, 900);
 
     if (Parser.isSet(Screenshot)) {

@@ -10,4 +10,7 @@
 #include <qxnum/widgets/numcolumn.h>
 #include <qxnum/widgets/numfld.h>
 #include <qxnum/widgets/numgrid.h>
+#include <qxnum/widgets/numgridnav.h>
 #include <qxnum/widgets/numinp.h>
+#include <qxnum/widgets/numinpdlg.h>
+#include <qxnum/widgets/timeseriesgrid.h>

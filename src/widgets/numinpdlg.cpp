@@ -166,8 +166,9 @@ bool NumInputQuery(const QString& ACaption, const QString& APrompt, int AHelpCon
     TNumFld* Field = Form.NumFld1();
     Field->SetNumericType(ANumericType);
     Field->SetDecimals(static_cast<quint16>(ADecimals));
-    Field->SetMin(AMin);
-    Field->SetMax(AMax);
+    // Both limits at once: one at a time, each would be pulled to the field's old other limit (0),
+    // and a positive minimum or a negative maximum would be lost.
+    Field->SetRange(AMin, AMax);
     // The caller's variable is clamped even when the user cancels, deliberately.
     if (AValue > AMax) AValue = AMax;
     if (AValue < AMin || std::isnan(AValue)) AValue = AMin;

@@ -4,6 +4,7 @@
 #include <qxnum/dialogs.h>
 #include <qxnum/numconv.h>
 #include <qxnum/registry.h>
+#include <qxnum/widgets/numfld.h>
 #include <qxnum/widgets/numinpdlg.h>
 #include <qxnum/widgets/timeseriesgrid.h>
 
@@ -174,6 +175,22 @@ void TTimeSeriesGrid::TimeEditDialog(int ARow) {
     }
     const double Old = Time(ARow);
     double Value = Old;
+    // The field shows the time as the column does (its parameter type, units and picture); the
+    // query itself knows only the numeric type. A hook of the host still sees the dialog.
+    const TNumInpDlgHook Outer = SetNumInpDlgHook({});
+    SetNumInpDlgHook([&Outer, Column](TNumInpDlgForm* Dlg) {
+        TNumFld* Field = Dlg->NumFld1();
+        if (Column->NumericType() == ntParType) {
+            Field->SetParType(Column->ParType());
+            Field->SetUnitSystem(Column->UnitSystem());
+        }
+        Field->SetCustomFormat(Column->CustomFormat());
+        if (Outer) Outer(Dlg);
+    });
+    struct TRestore {
+        const TNumInpDlgHook& Hook;
+        ~TRestore() { SetNumInpDlgHook(Hook); }
+    } Restore{Outer};
     if (NumInputQuery(Title + Tr(" series table"), Tr("Enter ") + Title + Tr(" value") + Bounds, 0,
                       Column->NumericType(), Column->Decimals(), Lower, Upper, Value, FormatSettings)) {
         SetCells(0, ARow, Column->GetValueString(ARow, Value, true));

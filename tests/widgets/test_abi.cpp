@@ -6,8 +6,8 @@
 #include <qxnum/parser.h>
 #include <qxnum/widgets/fieldform.h>
 #include <qxnum/widgets/fields.h>
-#include <qxnum/widgets/numedit.h>
 #include <qxnum/widgets/numcolumn.h>
+#include <qxnum/widgets/numedit.h>
 #include <qxnum/widgets/numfld.h>
 #include <qxnum/widgets/numgrid.h>
 #include <qxnum/widgets/numgridnav.h>
