@@ -121,9 +121,16 @@ void TNumInpDlgForm::showEvent(QShowEvent* E) {
     // The form keeps its size unless the prompt needs more room to the left of the edit.
     QLabel* Prompt = d->NumFld1->EditLabel();
     Prompt->adjustSize();
-    const int Width = std::max(ClientWidth, 8 + Prompt->width() + 8 + EditWidth + EditRightMargin);
+    // A unit shown beside the edit (a host's hook may give the field a parameter type) needs room too.
+    QLabel* Unit = d->NumFld1->EditUnitLabel();
+    int UnitRoom = 0;
+    if (Unit && !Unit->isHidden()) {
+        Unit->adjustSize();
+        UnitRoom = Unit->width() + 4;
+    }
+    const int Width = std::max(ClientWidth, 8 + Prompt->width() + 8 + EditWidth + UnitRoom + EditRightMargin);
     resize(Width, ClientHeight);
-    d->NumFld1->move(Width - EditRightMargin - EditWidth, 9);
+    d->NumFld1->move(Width - EditRightMargin - UnitRoom - EditWidth, 9);
     const int Right = Width - (ClientWidth - 305 - 93);
     d->Help->move(Right - 93, 55);
     d->Cancel->move(Right - 93 - 98, 55);
