@@ -8,10 +8,13 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QElapsedTimer>
+#include <QMenu>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QToolTip>
+#include <QUndoStack>
 
 #include <algorithm>
 #include <optional>
@@ -97,6 +100,39 @@ QString HtmlCell(const QString& S) {
 }
 
 } // namespace
+
+QMenu* TNumGrid::createStandardContextMenu() {
+    TNumGridPrivate* D = Priv();
+    auto* Menu = new QMenu(this);
+    Menu->setObjectName(QStringLiteral("qt_numgrid_menu"));
+    QUndoStack* Stack = D->UndoStack();
+    QAction* Undo =
+        Menu->addAction(Stack->undoText().isEmpty() ? Tr("&Undo") : Tr("&Undo %1").arg(Stack->undoText()),
+                        Stack, &QUndoStack::undo);
+    Undo->setShortcut(QKeySequence::Undo);
+    Undo->setEnabled(Stack->canUndo());
+    QAction* Redo =
+        Menu->addAction(Stack->redoText().isEmpty() ? Tr("&Redo") : Tr("&Redo %1").arg(Stack->redoText()),
+                        Stack, &QUndoStack::redo);
+    Redo->setShortcut(QKeySequence::Redo);
+    Redo->setEnabled(Stack->canRedo());
+    Menu->addSeparator();
+    QAction* Copy = Menu->addAction(Tr("&Copy table"), this, [this] { CopyToClipboard(); });
+    Copy->setShortcut(QKeySequence::Copy);
+    Copy->setEnabled(!D->View->EditorOpen);
+    QAction* Paste = Menu->addAction(Tr("&Paste"), this, [this] { PasteFromClipboard(); });
+    Paste->setShortcut(QKeySequence::Paste);
+    const QMimeData* Mime = QGuiApplication::clipboard()->mimeData();
+    Paste->setEnabled(D->FAllowPaste && !GetReadOnly() && Mime && Mime->hasText());
+    return Menu;
+}
+
+void TNumGrid::contextMenuEvent(QContextMenuEvent* E) {
+    if (Priv()->Pasting_or_Copying) return;
+    QMenu* Menu = createStandardContextMenu();
+    Menu->setAttribute(Qt::WA_DeleteOnClose);
+    Menu->popup(E->globalPos());
+}
 
 bool TNumGrid::PastingOrCopying() const {
     return Priv()->Pasting_or_Copying;

@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QElapsedTimer>
+#include <QMenu>
 #include <QMimeData>
 #include <QTest>
 #include <QTextDocument>
@@ -321,6 +322,33 @@ TEST_F(PasteTest, AClickStopsALongPasteAndKeepsWhatWasWritten) {
     EXPECT_LT(Latency, 50) << "ms from the click to the end of the paste";
     EXPECT_EQ(Grid->Cells(10, 1999), QStringLiteral("19989"));
     EXPECT_FALSE(Grid->PastingOrCopying());
+}
+
+TEST_F(PasteTest, TheContextMenuOffersUndoRedoCopyAndPaste) {
+    QGuiApplication::clipboard()->clear();
+    std::unique_ptr<QMenu> Menu(Grid->createStandardContextMenu());
+    QList<QAction*> Actions;
+    for (QAction* A : Menu->actions())
+        if (!A->isSeparator()) Actions << A;
+    ASSERT_EQ(Actions.size(), 4);
+    EXPECT_FALSE(Actions[0]->isEnabled()) << "nothing to undo";
+    EXPECT_FALSE(Actions[1]->isEnabled());
+    EXPECT_FALSE(Actions[3]->isEnabled()) << "nothing to paste";
+    Actions[2]->trigger();
+    EXPECT_TRUE(QGuiApplication::clipboard()->text().startsWith(
+        Grid->Cells(1, 0).split(QStringLiteral("\r\n")).first()));
+
+    Grid->SetCol(1);
+    Grid->SetRow(1);
+    Paste(QStringLiteral("5\r\n"), mrNo);
+    Menu.reset(Grid->createStandardContextMenu());
+    EXPECT_TRUE(Menu->actions()[0]->isEnabled());
+    EXPECT_EQ(Menu->actions()[0]->text(), QStringLiteral("&Undo Paste"));
+    Menu->actions()[0]->trigger();
+    EXPECT_EQ(Grid->Cells(1, 1), QStringLiteral("0"));
+    Grid->SetAllowPaste(false);
+    Menu.reset(Grid->createStandardContextMenu());
+    EXPECT_FALSE(Menu->actions()[4]->isEnabled()) << "AllowPaste gates the menu too";
 }
 
 TEST(AddToLinesTest, FixedAndTitleWidthsWithSeparators) {

@@ -62,6 +62,7 @@
 #include <functional>
 #include <memory>
 
+class QMenu;
 class QUndoStack;
 
 namespace qxnum {
@@ -256,6 +257,9 @@ public:
     // --- Undo ---
     // The grid's undo history, for a host's Edit menu (QUndoStack::createUndoAction).
     QUndoStack* UndoStack() const;
+    // The menu the grid shows on a right click: Undo, Redo, Copy, Paste. A host may extend it
+    // (override contextMenuEvent and add to this menu); the caller owns it.
+    QMenu* createStandardContextMenu();
 
     // --- Field contract ---
     bool HasChanged() override;
@@ -400,6 +404,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* E) override;
     void focusInEvent(QFocusEvent* E) override;
     void focusOutEvent(QFocusEvent* E) override;
+    void contextMenuEvent(QContextMenuEvent* E) override;
     void scrollContentsBy(int Dx, int Dy) override;
     bool viewportEvent(QEvent* E) override;
     bool focusNextPrevChild(bool Next) override;
