@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config
-  qt6-base-dev qt6-svg-dev libgl-dev
+  qt6-base-dev qt6-svg-dev qt6-tools-dev libgl-dev
   libpugixml-dev libmuparser-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
 )

@@ -44,7 +44,8 @@ int main(int argc, char** argv) {
     int Row2 = 0;
     double F = 0.0, Linear = 0.0, Quadratic = 0.0;
     const double Ratio = 16.0;
-    const bool Ok = Grid->GetInterpPars(1, coAutoDetermine, Ratio, Row2, F) && Grid->GetInterpVal(2, Row2, F, Linear) &&
+    const bool Ok = Grid->GetInterpPars(1, coAutoDetermine, Ratio, Row2, F) &&
+                    Grid->GetInterpVal(2, Row2, F, Linear) &&
                     Grid->GetQuadInterpVal(1, 2, coAscending, Ratio, Quadratic);
     Result->setText(QStringLiteral("At a ratio of %1: efficiency %2 (linear), %3 (quadratic)")
                         .arg(Ratio)

@@ -19,11 +19,11 @@ int main(int argc, char** argv) {
     Window.setWindowTitle(QStringLiteral("Pressure"));
     auto* Pressure = new TNumFld(&Window);
     Pressure->setObjectName(QStringLiteral("Pamb"));
-    Pressure->SetParType(ptPress);                   // bar in SI, psi in Imperial
-    Pressure->SetRange(1000.0, 2.0e5);               // limits in base units (Pa)
+    Pressure->SetParType(ptPress);     // bar in SI, psi in Imperial
+    Pressure->SetRange(1000.0, 2.0e5); // limits in base units (Pa)
     Pressure->SetExpressionInput(true);
     Pressure->SetValue(101325.0);
-    Pressure->SetNameLabelVisible(false);            // the form layout gives the caption
+    Pressure->SetNameLabelVisible(false); // the form layout gives the caption
     auto* Units = new QComboBox(&Window);
     Units->addItems({QStringLiteral("SI"), QStringLiteral("Imperial")});
     auto* Layout = new QFormLayout(&Window);

@@ -96,6 +96,15 @@ public:
 
     QWidget* FieldControl() const;
 
+    // Qt-style setters of the common properties (QXNUM_FIELD_PROPERTIES), which forms compiled by
+    // uic call.
+    void setTagXML(int AValue) { SetTagXML(AValue); }
+    void setTag(int AValue) { SetTag(AValue); }
+    void setCustomIDstring(const QString& AValue) { SetCustomIDstring(AValue); }
+    void setEnforceXMLchanged(bool AValue) { SetEnforceXMLchanged(AValue); }
+    void setStreamReadVisibleandEnabled(bool AValue) { SetStreamReadVisibleandEnabled(AValue); }
+    void setNoSaveWrite(bool AValue) { SetNoSaveWrite(AValue); }
+
     // --- Common properties ---
     int TagXML() const;
     void SetTagXML(int AValue);

@@ -91,6 +91,9 @@ class QXNUM_WIDGETS_EXPORT TFieldForm : public QDialog {
     Q_PROPERTY(int HelpContext READ HelpContext WRITE SetHelpContext)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setHelpContext(int AValue) { SetHelpContext(AValue); }
+
     explicit TFieldForm(QWidget* Parent = nullptr);
     ~TFieldForm() override;
 

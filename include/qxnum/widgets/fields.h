@@ -92,6 +92,9 @@ class QXNUM_WIDGETS_EXPORT TMemoFld : public QPlainTextEdit, public TValueField<
     Q_PROPERTY(QStringList Lines READ Lines WRITE SetLines)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setLines(const QStringList& AValue) { SetLines(AValue); }
+
     explicit TMemoFld(QWidget* Parent = nullptr);
     ~TMemoFld() override;
 
@@ -158,6 +161,9 @@ class QXNUM_WIDGETS_EXPORT TCheckFld : public QCheckBox, public TBoolField {
     Q_PROPERTY(qxnum::TCheckBoxState State READ State WRITE SetState)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setAllowGrayed(bool AValue) { SetAllowGrayed(AValue); }
+
     explicit TCheckFld(QWidget* Parent = nullptr);
     ~TCheckFld() override;
 
@@ -209,6 +215,12 @@ class QXNUM_WIDGETS_EXPORT TRadioGrpFld : public QGroupBox, public TValueField<i
     Q_PROPERTY(int Columns READ Columns WRITE SetColumns)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setCaption(const QString& AValue) { SetCaption(AValue); }
+    void setItems(const QStringList& AValue) { SetItems(AValue); }
+    void setItemIndex(int AValue) { SetItemIndex(AValue); }
+    void setColumns(int AValue) { SetColumns(AValue); }
+
     explicit TRadioGrpFld(QWidget* Parent = nullptr);
     ~TRadioGrpFld() override;
 
@@ -273,6 +285,10 @@ class QXNUM_WIDGETS_EXPORT TCheckListBoxFld : public QListWidget, public TValueF
     Q_PROPERTY(bool AllowGrayed READ AllowGrayed WRITE SetAllowGrayed)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setItems(const QStringList& AValue) { SetItems(AValue); }
+    void setAllowGrayed(bool AValue) { SetAllowGrayed(AValue); }
+
     explicit TCheckListBoxFld(QWidget* Parent = nullptr);
     ~TCheckListBoxFld() override;
 
@@ -340,6 +356,10 @@ class QXNUM_WIDGETS_EXPORT TComboBoxFld : public QComboBox, public TFieldBase {
     Q_PROPERTY(QString Text READ Text WRITE SetText)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setItems(const QStringList& AValue) { SetItems(AValue); }
+    void setItemIndex(int AValue) { SetItemIndex(AValue); }
+
     explicit TComboBoxFld(QWidget* Parent = nullptr);
     ~TComboBoxFld() override;
 

@@ -143,6 +143,32 @@ class QXNUM_WIDGETS_EXPORT TCustomNumEdit : public QLineEdit {
     Q_PROPERTY(bool CopyVisible READ CopyVisible WRITE SetCopyVisible)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setValue(double AValue) { SetPropValue(AValue); }
+    void setScaledValue(double AValue) { SetPropScaledValue(AValue); }
+    void setMin(double AValue) { SetPropMin(AValue); }
+    void setMax(double AValue) { SetPropMax(AValue); }
+    void setDigits(quint16 AValue) { SetDigits(AValue); }
+    void setDecimals(quint16 AValue) { SetDecimals(AValue); }
+    void setDataType(TDataType AValue) { SetDataType(AValue); }
+    void setNumericType(TNumericType AValue) { SetNumericType(AValue); }
+    void setParType(TParType AValue) { SetParType(AValue); }
+    void setUnitSystem(TUnitSystem AValue) { SetUnitSystem(AValue); }
+    void setCustomFormat(const QString& AValue) { SetCustomFormat(AValue); }
+    void setCustomScale(double AValue) { SetPropCustomScale(AValue); }
+    void setScaleOffset(double AValue) { SetPropScaleOffset(AValue); }
+    void setTrimZeroes(bool AValue) { SetTrimZeroes(AValue); }
+    void setAllowEmpty(bool AValue) { SetAllowEmpty(AValue); }
+    void setClearIsNaN(bool AValue) { SetClearIsNaN(AValue); }
+    void setNegCol(const QColor& AValue) { SetNegCol(AValue); }
+    void setValidate(bool AValue) { SetValidate(AValue); }
+    void setReadOnlyFontColor(const QColor& AValue) { SetReadOnlyFontColor(AValue); }
+    void setTabOnEnterKey(bool AValue) { SetTabOnEnterKey(AValue); }
+    void setInhibitExprCheckVar(bool AValue) { SetInhibitExprCheckVar(AValue); }
+    void setExpressionInput(bool AValue) { SetExpressionInput(AValue); }
+    void setCopyEnabled(bool AValue) { SetCopyEnabled(AValue); }
+    void setCopyVisible(bool AValue) { SetCopyVisible(AValue); }
+
     explicit TCustomNumEdit(QWidget* Parent = nullptr);
     ~TCustomNumEdit() override;
 

@@ -48,6 +48,12 @@ class QXNUM_WIDGETS_EXPORT TNumFld : public TCustomNumInp, public TValueField<QS
     Q_PROPERTY(bool StoreParType READ StoreParType WRITE SetStoreParType)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setTag2(int AValue) { SetTag2(AValue); }
+    void setRefValue(double AValue) { SetRefValueAsDouble(AValue); }
+    void setControllableIfDisabled(bool AValue) { SetControllableIfDisabled(AValue); }
+    void setStoreParType(bool AValue) { SetStoreParType(AValue); }
+
     explicit TNumFld(QWidget* Parent = nullptr);
     ~TNumFld() override;
 

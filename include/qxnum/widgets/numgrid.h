@@ -113,6 +113,37 @@ class QXNUM_WIDGETS_EXPORT TNumGrid : public QAbstractScrollArea, public TFieldB
     Q_PROPERTY(bool IgnoreColPropsRead READ IgnoreColPropsRead WRITE SetIgnoreColPropsRead)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setColCount(int AValue) { SetColCount(AValue); }
+    void setRowCount(int AValue) { SetRowCount(AValue); }
+    void setFixedCols(int AValue) { SetFixedCols(AValue); }
+    void setFixedRows(int AValue) { SetFixedRows(AValue); }
+    void setCol(int AValue) { SetCol(AValue); }
+    void setRow(int AValue) { SetRow(AValue); }
+    void setOptions(TGridOptions AValue) { SetOptions(AValue); }
+    void setDefaultColWidth(int AValue) { SetDefaultColWidth(AValue); }
+    void setDefaultRowHeight(int AValue) { SetDefaultRowHeight(AValue); }
+    void setFixedColor(const QColor& AValue) { SetFixedColor(AValue); }
+    void setColFormats(const QStringList& AValue) { SetColFormats(AValue); }
+    void setConfirmDelete(bool AValue) { SetConfirmDelete(AValue); }
+    void setRowCountFixed(bool AValue) { SetRowCountFixed(AValue); }
+    void setAutoAddRow(bool AValue) { SetAutoAddRow(AValue); }
+    void setInsertCopyRow(bool AValue) { SetInsertCopyRow(AValue); }
+    void setAlwaysPasteFromLeftCol(bool AValue) { SetAlwaysPasteFromLeftCol(AValue); }
+    void setClearLastDelRow(bool AValue) { SetClearLastDelRow(AValue); }
+    void setExtrapolate(bool AValue) { SetExtrapolate(AValue); }
+    void setAllowDataDialog(bool AValue) { SetAllowDataDialog(AValue); }
+    void setAllowPaste(bool AValue) { SetAllowPaste(AValue); }
+    void setReadColTitlesFromStream(bool AValue) { SetReadColTitlesFromStream(AValue); }
+    void setColStretchOptions(TColStretchOptions AValue) { SetColStretchOptions(AValue); }
+    void setTitleFont(const QFont& AValue) { SetTitleFont(AValue); }
+    void setTitleLineCount(int AValue) { SetTitleLineCount(AValue); }
+    void setStoreParTypes(bool AValue) { SetStoreParTypes(AValue); }
+    void setHighLightSelect(bool AValue) { SetHighLightSelect(AValue); }
+    void setIgnoreColCountRead(bool AValue) { SetIgnoreColCountRead(AValue); }
+    void setIgnoreRowCountRead(bool AValue) { SetIgnoreRowCountRead(AValue); }
+    void setIgnoreColPropsRead(bool AValue) { SetIgnoreColPropsRead(AValue); }
+
     explicit TNumGrid(QWidget* Owner = nullptr);
     ~TNumGrid() override;
 

@@ -71,6 +71,11 @@ class QXNUM_WIDGETS_EXPORT TNumGridNavigator : public QWidget {
     Q_PROPERTY(int VisibleButtons READ PropVisibleButtons WRITE SetPropVisibleButtons)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setHints(const QStringList& AValue) { SetHints(AValue); }
+    void setConfirmDelete(bool AValue) { SetConfirmDelete(AValue); }
+    void setVisibleButtons(int AValue) { SetPropVisibleButtons(AValue); }
+
     explicit TNumGridNavigator(QWidget* Parent = nullptr);
     ~TNumGridNavigator() override;
 

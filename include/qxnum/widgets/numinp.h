@@ -90,6 +90,15 @@ class QXNUM_WIDGETS_EXPORT TCustomNumInp : public TCustomNumEdit {
     Q_PROPERTY(bool NameLabelVisible READ NameLabelVisible WRITE SetNameLabelVisible)
 
 public:
+    // Qt-style setters of the properties above, which forms compiled by uic call.
+    void setEditLabelPosition(TLabelPosition AValue) { SetEditLabelPosition(AValue); }
+    void setEditUnitLabelPosition(TLabelPosition AValue) { SetEditUnitLabelPosition(AValue); }
+    void setEditLabelSpacing(int AValue) { SetEditLabelSpacing(AValue); }
+    void setEditUnitLabelSpacing(int AValue) { SetEditUnitLabelSpacing(AValue); }
+    void setCustomUnitStr(const QString& AValue) { SetCustomUnitStr(AValue); }
+    void setUnitVisible(bool AValue) { SetUnitVisible(AValue); }
+    void setNameLabelVisible(bool AValue) { SetNameLabelVisible(AValue); }
+
     explicit TCustomNumInp(QWidget* Parent = nullptr);
     ~TCustomNumInp() override;
 
