@@ -7,8 +7,10 @@ packages=(
   qt6-base-dev qt6-svg-dev qt6-tools-dev libgl-dev
   libpugixml-dev libmuparser-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
+  xvfb xdotool
 )
-# Optional extras: clang for the fuzz targets, xvfb to show the demo on a machine without a display.
+# xvfb and xdotool run the case editor's scripted session (tests/gui). Optional: clang for the fuzz
+# targets.
 [ "${QXNUM_WITH_FUZZ:-0}" = 1 ] && packages+=(clang libclang-rt-dev)
 
 missing=()

@@ -198,9 +198,29 @@ void TFieldForm::showEvent(QShowEvent* E) {
     EnsureCreated();
     d->ModalResult = mrNone;
     FormShow();
+    // The buttons are made before the derived form's fields: put them at the end of the tab chain,
+    // and start in the first field, as a dialog does.
+    QWidget* First = nullptr;
+    QWidget* Last = nullptr;
+    for (QWidget* W = d->Client->nextInFocusChain(); W && W != d->Client; W = W->nextInFocusChain()) {
+        if (!d->Client->isAncestorOf(W)) continue;
+        if ((W->focusPolicy() & Qt::TabFocus) && W->isEnabled() && W->isVisibleTo(this)) {
+            if (!First) First = W;
+            Last = W;
+        }
+    }
+    if (Last) {
+        setTabOrder(Last, d->OK);
+        setTabOrder(d->OK, d->Cancel);
+        setTabOrder(d->Cancel, d->Help);
+    }
     if (QWidget* Target = d->PendingFocus) {
         d->PendingFocus = nullptr;
         Target->setFocus(Qt::OtherFocusReason);
+    } else if (First) {
+        QWidget* Focus = focusWidget();
+        if (!Focus || Focus == d->OK || Focus == d->Cancel || Focus == d->Help)
+            First->setFocus(Qt::TabFocusReason);
     }
 }
 

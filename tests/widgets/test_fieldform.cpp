@@ -1,5 +1,6 @@
 // The field form as a dialog: its buttons, OK and Cancel, creation values and resets, focus on a
 // named field behind a tab, visibility, Assign, Help and the report lines.
+#include <qxnum/registry.h>
 #include <qxnum/widgets/fieldform.h>
 #include <qxnum/widgets/fields.h>
 #include <qxnum/widgets/numfld.h>
@@ -105,6 +106,25 @@ TEST_F(FormTest, TheFormHasTheClassicCaptionSizeAndButtons) {
 }
 
 // Cancel in each of its forms restores every field, those of frames included.
+TEST_F(FormTest, OpensInTheFirstFieldAndTabReachesTheButtonsLast) {
+    TabForm F;
+    F.show();
+    ASSERT_TRUE(test::WaitFor([&] { return F.isActiveWindow(); }));
+    EXPECT_EQ(F.focusWidget(), F.Top) << "the first field, not OK";
+    // Along the chain from the first field: every field of the visible page before the buttons.
+    QWidget* W = F.Top;
+    int FieldsBefore = 0;
+    for (int I = 0; I < 40 && W != F.OKbtn(); ++I) {
+        W = W->nextInFocusChain();
+        if (Supports(W)) ++FieldsBefore;
+    }
+    ASSERT_EQ(W, F.OKbtn());
+    EXPECT_GE(FieldsBefore, 3) << "P1, FS and InBox come before OK";
+    EXPECT_EQ(F.OKbtn()->nextInFocusChain(), F.Cancelbtn());
+    EXPECT_EQ(F.Cancelbtn()->nextInFocusChain(), F.HelpBtn());
+    F.reject();
+}
+
 TEST_F(FormTest, CancelByButtonEscapeOrCloseRestoresEveryField) {
     const std::function<void(TabForm&)> Ways[] = {
         [](TabForm& F) { QTest::mouseClick(F.Cancelbtn(), Qt::LeftButton); },
