@@ -7,7 +7,7 @@ packages=(
   qt6-base-dev qt6-svg-dev qt6-tools-dev libgl-dev
   libpugixml-dev libmuparser-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
-  xvfb xdotool
+  xvfb xdotool doxygen
 )
 # xvfb and xdotool run the case editor's scripted session (tests/gui). Optional: clang for the fuzz
 # targets.

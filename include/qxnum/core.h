@@ -1,5 +1,6 @@
-// Umbrella header of QXNumCtrls::Core (QtCore only): units, number text, parser, filer, XML,
-// stream codes, the class registry and the message-dialog service.
+/// \file
+/// Umbrella header of QXNumCtrls::Core (QtCore only): units, number text, parser, filer, XML,
+/// stream codes, the class registry and the message-dialog service.
 #pragma once
 
 #include <qxnum/dialogs.h>

@@ -1,6 +1,7 @@
-// The message-dialog service. Every message the library shows goes through MessageDlg, whose
-// handler a host (or a test) can replace. The widgets library installs a QMessageBox handler when
-// it is loaded; without it, messages go to stderr and are answered with the default result.
+/// \file
+/// The message-dialog service. Every message the library shows goes through MessageDlg, whose
+/// handler a host (or a test) can replace. The widgets library installs a QMessageBox handler when
+/// it is loaded; without it, messages go to stderr and are answered with the default result.
 #pragma once
 
 #include <qxnum/core_export.h>
@@ -35,7 +36,7 @@ inline constexpr TMsgDlgButtons mbYesNo = mbYes | mbNo;
 inline constexpr TMsgDlgButtons mbYesNoCancel = mbYes | mbNo | mbCancel;
 inline constexpr TMsgDlgButtons mbOKCancel = mbOK | mbCancel;
 
-// Modal results.
+/// Modal results.
 enum : int {
     mrNone = 0,
     mrOk = 1,
@@ -55,23 +56,23 @@ enum : int {
 using TMessageDlgHandler =
     std::function<int(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons)>;
 
-// Shows Msg and returns the modal result of the button pressed.
+/// Shows Msg and returns the modal result of the button pressed.
 QXNUM_CORE_EXPORT int MessageDlg(const QString& Msg, TMsgDlgType DlgType, TMsgDlgButtons Buttons,
                                  int HelpCtx = 0);
-// Replaces the handler and returns the previous one. An empty handler restores the built-in one.
+/// Replaces the handler and returns the previous one. An empty handler restores the built-in one.
 QXNUM_CORE_EXPORT TMessageDlgHandler SetMessageDlgHandler(TMessageDlgHandler Handler);
-// The help service: a Help button (of a field form, of the numeric input query) asks the host's
-// help system for the topic of a help context through this handler. Without one, nothing happens
-// and ShowHelp returns false.
+/// The help service: a Help button (of a field form, of the numeric input query) asks the host's
+/// help system for the topic of a help context through this handler. Without one, nothing happens
+/// and ShowHelp returns false.
 using THelpHandler = std::function<bool(int HelpContext)>;
-// Asks the help handler for the topic of HelpContext; false when there is no handler or it
-// declined.
+/// Asks the help handler for the topic of HelpContext; false when there is no handler or it
+/// declined.
 QXNUM_CORE_EXPORT bool ShowHelp(int HelpContext);
-// Replaces the help handler and returns the previous one; an empty handler removes it.
+/// Replaces the help handler and returns the previous one; an empty handler removes it.
 QXNUM_CORE_EXPORT THelpHandler SetHelpHandler(THelpHandler Handler);
 
-// The result a dialog gives when it is closed without a button: Cancel when offered, else the
-// only affirmative button offered (OK, Yes), else mrNone.
+/// The result a dialog gives when it is closed without a button: Cancel when offered, else the
+/// only affirmative button offered (OK, Yes), else mrNone.
 QXNUM_CORE_EXPORT int DefaultDialogResult(TMsgDlgButtons Buttons);
 
 } // namespace qxnum

@@ -1,5 +1,6 @@
-// The enumerations that appear in files and in properties. They are registered with Qt's
-// meta-object system, so that properties show their names in tools and QMetaEnum gives them.
+/// \file
+/// The enumerations that appear in files and in properties. They are registered with Qt's
+/// meta-object system, so that properties show their names in tools and QMetaEnum gives them.
 #pragma once
 
 #include <qxnum/core_export.h>
@@ -10,7 +11,7 @@
 namespace qxnum {
 Q_NAMESPACE_EXPORT(QXNUM_CORE_EXPORT)
 
-// Physical quantity of a value; selects the unit factor, unit text and picture.
+/// Physical quantity of a value; selects the unit factor, unit text and picture.
 enum TParType : quint8 {
     ptNone,
     ptAngle,
@@ -56,32 +57,32 @@ QXNUM_ENUM_NAMES(TParType, "ptNone", "ptAngle", "ptArea", "ptConcM", "ptConcV", 
                  "ptZp", "pthtcoef")
 QXNUM_ENUM_NAMES(TUnitSystem, "usSI", "usImperial")
 
-// Display form of a floating value. 0..4 map one to one onto TFloatFormat.
+/// Display form of a floating value. 0..4 map one to one onto TFloatFormat.
 enum TNumericType : quint8 { ntGeneral, ntExponent, ntFixed, ntNumber, ntCurrency, ntParType };
-// Storage type of a value; CheckNumRange keeps values inside its range.
+/// Storage type of a value; CheckNumRange keeps values inside its range.
 enum TDataType : quint8 { dtByte, dtDouble, dtExtended, dtInteger, dtShortint, dtSingle, dtSmallInt, dtWord };
 
 QXNUM_ENUM_NAMES(TNumericType, "ntGeneral", "ntExponent", "ntFixed", "ntNumber", "ntCurrency", "ntParType")
 QXNUM_ENUM_NAMES(TDataType, "dtByte", "dtDouble", "dtExtended", "dtInteger", "dtShortint", "dtSingle",
                  "dtSmallInt", "dtWord")
 
-// Where a labelled input shows its name and unit labels.
+/// Where a labelled input shows its name and unit labels.
 enum TLabelPosition : quint8 { lpAbove, lpBelow, lpLeft, lpRight };
 QXNUM_ENUM_NAMES(TLabelPosition, "lpAbove", "lpBelow", "lpLeft", "lpRight")
 
 enum TCheckBoxState : quint8 { cbUnchecked, cbChecked, cbGrayed };
 QXNUM_ENUM_NAMES(TCheckBoxState, "cbUnchecked", "cbChecked", "cbGrayed")
 
-// Style of a combo box; only csDropDownList (2, a list without an edit) behaves differently here.
+/// Style of a combo box; only csDropDownList (2, a list without an edit) behaves differently here.
 enum TComboBoxStyle : quint8 { csDropDown, csSimple, csDropDownList, csOwnerDrawFixed, csOwnerDrawVariable };
 QXNUM_ENUM_NAMES(TComboBoxStyle, "csDropDown", "csSimple", "csDropDownList", "csOwnerDrawFixed",
                  "csOwnerDrawVariable")
 
-// Alignment of a grid column's cells and titles.
+/// Alignment of a grid column's cells and titles.
 enum TAlignment : quint8 { taLeftJustify, taRightJustify, taCenter };
 QXNUM_ENUM_NAMES(TAlignment, "taLeftJustify", "taRightJustify", "taCenter")
 
-// Input-method mode of a grid column; stored for the host, the grid attaches no behaviour to it.
+/// Input-method mode of a grid column; stored for the host, the grid attaches no behaviour to it.
 enum TImeMode : quint8 {
     imDisable,
     imClose,
@@ -99,11 +100,11 @@ enum TImeMode : quint8 {
 QXNUM_ENUM_NAMES(TImeMode, "imDisable", "imClose", "imOpen", "imDontCare", "imSAlpha", "imAlpha", "imHira",
                  "imSKata", "imKata", "imChinese", "imSHanguel", "imHanguel")
 
-// How a grid fits its columns to its width.
+/// How a grid fits its columns to its width.
 enum TColStretchOption : quint8 { csoAutoStretch = 1, csoAllowShrink = 2, csoLastColOnly = 4 };
 Q_DECLARE_FLAGS(TColStretchOptions, TColStretchOption)
 
-// The options of a grid, with the bit values of the original string grid.
+/// The options of a grid, with the bit values of the original string grid.
 enum TGridOption : quint32 {
     goFixedVertLine = 1,
     goFixedHorzLine = 2,
@@ -123,7 +124,7 @@ enum TGridOption : quint32 {
 };
 Q_DECLARE_FLAGS(TGridOptions, TGridOption)
 
-// Result of a field form's last read.
+/// Result of a field form's last read.
 enum TReadResultCode : quint8 {
     rrcOk,
     rrcUnknownComp,
@@ -133,10 +134,10 @@ enum TReadResultCode : quint8 {
     rrcXmlError
 };
 
-// How the values of a grid column run from row to row (table look-up).
+/// How the values of a grid column run from row to row (table look-up).
 enum TColumnOrder : quint8 { coAscending, coDescending, coNeitherAnorD, coAutoDetermine };
 
-// The buttons of the grid navigator, in bar order.
+/// The buttons of the grid navigator, in bar order.
 enum TNumGridBtn : quint8 {
     ngbFirst,
     ngbPrior,

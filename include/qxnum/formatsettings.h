@@ -1,4 +1,5 @@
-// Number and date format settings, the library's equivalent of a locale record.
+/// \file
+/// Number and date format settings, the library's equivalent of a locale record.
 #pragma once
 
 #include <qxnum/core_export.h>
@@ -22,15 +23,15 @@ struct QXNUM_CORE_EXPORT TFormatSettings {
     QString ShortTimeFormat = QStringLiteral("h:mm");
     QString LongTimeFormat = QStringLiteral("h:mm:ss");
 
-    // Settings of the default locale (QLocale()).
+    /// Settings of the default locale (QLocale()).
     static TFormatSettings Create();
-    // "." decimal separator, "," thousands, "$" currency: the same on every machine.
+    /// "." decimal separator, "," thousands, "$" currency: the same on every machine.
     static TFormatSettings Invariant() { return {}; }
 };
 
-// Settings of the generic float path (FormatFloat, FloatToStrF without explicit settings).
+/// Settings of the generic float path (FormatFloat, FloatToStrF without explicit settings).
 QXNUM_CORE_EXPORT extern TFormatSettings FormatSettings;
-// Settings of the parameter-type path and of the numeric controls; made once at start-up.
+/// Settings of the parameter-type path and of the numeric controls; made once at start-up.
 QXNUM_CORE_EXPORT extern TFormatSettings NumInpFormatSettings;
 
 } // namespace qxnum

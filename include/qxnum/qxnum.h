@@ -1,4 +1,5 @@
-// Umbrella header: the whole library (both QXNumCtrls::Core and QXNumCtrls::Widgets).
+/// \file
+/// Umbrella header: the whole library (both QXNumCtrls::Core and QXNumCtrls::Widgets).
 #pragma once
 
 #include <qxnum/core.h>

@@ -1,4 +1,6 @@
-// Umbrella header of QXNumCtrls::Widgets: the numeric edit, the labelled input, the fields, the grid and the field form.
+/// \file
+/// Umbrella header of QXNumCtrls::Widgets: the numeric edit, the labelled input, the fields, the grid
+/// and its companions, the numeric input query and the field form.
 #pragma once
 
 #include <qxnum/core.h>
@@ -6,8 +8,8 @@
 #include <qxnum/widgets/fieldbase.h>
 #include <qxnum/widgets/fieldform.h>
 #include <qxnum/widgets/fields.h>
-#include <qxnum/widgets/numedit.h>
 #include <qxnum/widgets/numcolumn.h>
+#include <qxnum/widgets/numedit.h>
 #include <qxnum/widgets/numfld.h>
 #include <qxnum/widgets/numgrid.h>
 #include <qxnum/widgets/numgridnav.h>

@@ -1,21 +1,22 @@
-// The columns of the numeric grid: one TNumColumn per grid column (fixed columns included), each
-// with a TNumColTitle, kept in the grid's TNumColumns.
-//
-// A column says how the text of its cells is read as a number and written back: storage data
-// type, display form, parameter type and unit system, custom scale and offset, limits, and whether
-// its cells are free text or check boxes. The cells themselves belong to the grid; a column holds
-// no cell data.
-//
-// Coupled properties correct each other in their setters (ParType forces ntParType and
-// dtExtended, an integer DataType forces ntGeneral, no decimals and ptNone, a limit that crosses
-// the other yields). Assign copies the raw fields without those rules, as the file readers do.
-//
-// Unit system: the first SetUnitSystem only records the unit system (a form being loaded sets it
-// before its cells arrive); every later one re-expresses the column's numeric cells in the new
-// units. String columns and expression columns are never rewritten.
-//
-// Columns are created only through their grid's collection (TNumColumns::Add or Insert); a host
-// that wants its own column class passes a factory to TNumColumns.
+/// \file
+/// The columns of the numeric grid: one TNumColumn per grid column (fixed columns included), each
+/// with a TNumColTitle, kept in the grid's TNumColumns.
+///
+/// A column says how the text of its cells is read as a number and written back: storage data
+/// type, display form, parameter type and unit system, custom scale and offset, limits, and whether
+/// its cells are free text or check boxes. The cells themselves belong to the grid; a column holds
+/// no cell data.
+///
+/// Coupled properties correct each other in their setters (ParType forces ntParType and
+/// dtExtended, an integer DataType forces ntGeneral, no decimals and ptNone, a limit that crosses
+/// the other yields). Assign copies the raw fields without those rules, as the file readers do.
+///
+/// Unit system: the first SetUnitSystem only records the unit system (a form being loaded sets it
+/// before its cells arrive); every later one re-expresses the column's numeric cells in the new
+/// units. String columns and expression columns are never rewritten.
+///
+/// Columns are created only through their grid's collection (TNumColumns::Add or Insert); a host
+/// that wants its own column class passes a factory to TNumColumns.
 #pragma once
 
 #include <qxnum/enums.h>
@@ -41,15 +42,15 @@ class TNumColTitlePrivate;
 class TNumColumnPrivate;
 class TNumColumnsPrivate;
 
-// Value-to-text hook of a column: AScaledValue is Value / CustomScale + ScaleOffset (without the
-// unit system factor); NumText holds the formatted text and may be replaced.
+/// Value-to-text hook of a column: AScaledValue is Value / CustomScale + ScaleOffset (without the
+/// unit system factor); NumText holds the formatted text and may be replaced.
 using TGetColNumTextEvent =
     std::function<void(QObject* Sender, int ARow, Extended AValue, Extended AScaledValue, QString& NumText)>;
-// Text-to-value hook of a column: AValue holds the value read (in base units when scaled).
+/// Text-to-value hook of a column: AValue holds the value read (in base units when scaled).
 using TSetColNumValueEvent =
     std::function<void(QObject* Sender, int ARow, const QString& NumText, Extended& AValue)>;
 
-// The title of one column: caption (lines separated by "\r\n"), font, background and alignment.
+/// The title of one column: caption (lines separated by `"\r\n"`), font, background and alignment.
 class QXNUM_WIDGETS_EXPORT TNumColTitle : public QObject {
     Q_OBJECT
     Q_PROPERTY(qxnum::TAlignment Alignment READ Alignment WRITE SetAlignment)
@@ -74,7 +75,7 @@ public:
     TAlignment DefaultAlignment() const;
     QColor DefaultColor() const;
     QFont DefaultFont() const;
-    // "Title <index>,<line>" for each of the grid's title lines, joined by "\r\n".
+    /// "Title <index>,<line>" for each of the grid's title lines, joined by `"\r\n"`.
     QString DefaultCaption() const;
 
     void Assign(const TNumColTitle& Source);
@@ -116,13 +117,13 @@ class QXNUM_WIDGETS_EXPORT TNumColumn : public QObject {
     Q_PROPERTY(bool AutoReformat READ AutoReformat WRITE SetAutoReformat)
 
 public:
-    // Use TNumColumns::Add; a factory of a derived column class calls this constructor.
+    /// Use TNumColumns::Add; a factory of a derived column class calls this constructor.
     explicit TNumColumn(TNumColumns* Collection);
     ~TNumColumn() override;
 
     TNumGrid* Grid() const;
     TNumColumns* Collection() const;
-    // Position in the collection, equal to the grid column it describes.
+    /// Position in the collection, equal to the grid column it describes.
     int Index() const;
 
     TAlignment Alignment() const;
@@ -141,9 +142,9 @@ public:
     virtual void SetReadOnly(bool AValue);
     TNumColTitle* Title() const;
     void SetTitle(const TNumColTitle& AValue);
-    // -1 for an invisible column.
+    /// -1 for an invisible column.
     int Width() const;
-    // -1 is ignored.
+    /// -1 is ignored.
     virtual void SetWidth(int AValue);
     bool Visible() const;
     void SetVisible(bool AValue);
@@ -155,7 +156,7 @@ public:
     void SetMax(Extended AValue);
     Extended Min() const;
     void SetMin(Extended AValue);
-    // Both limits at once, whatever they were: a Max below Min becomes Min.
+    /// Both limits at once, whatever they were: a Max below Min becomes Min.
     void SetRange(Extended AMin, Extended AMax);
     TDataType DataType() const;
     void SetDataType(TDataType AValue);
@@ -164,7 +165,7 @@ public:
     TParType ParType() const;
     void SetParType(TParType AValue);
     Extended CustomScale() const;
-    // Ignored when its magnitude is 1e-14 or less.
+    /// Ignored when its magnitude is 1e-14 or less.
     void SetCustomScale(Extended AValue);
     Extended ScaleOffset() const;
     void SetScaleOffset(Extended AValue);
@@ -177,15 +178,15 @@ public:
     bool StringCol() const;
     void SetStringCol(bool AValue);
     bool CheckBoxCol() const;
-    // True also makes the column a string column.
+    /// True also makes the column a string column.
     void SetCheckBoxCol(bool AValue);
-    // For a numeric column the default in base units, kept formatted in the column's format.
+    /// For a numeric column the default in base units, kept formatted in the column's format.
     QString DefaultStr() const;
     void SetDefaultStr(const QString& AValue);
     bool Validate() const;
     void SetValidate(bool AValue);
     TUnitSystem UnitSystem() const;
-    // Runs even for the present value; see the header comment.
+    /// Runs even for the present value; see the header comment.
     void SetUnitSystem(TUnitSystem AValue);
     int Tag() const;
     void SetTag(int AValue);
@@ -198,11 +199,11 @@ public:
     void SetOnGetNumtext(TGetColNumTextEvent AEvent);
     TSetColNumValueEvent OnSetNumValue() const;
     void SetOnSetNumValue(TSetColNumValueEvent AEvent);
-    // When assigned, the column's cells may hold expressions whose identifiers it resolves.
+    /// When assigned, the column's cells may hold expressions whose identifiers it resolves.
     TOnCheckVariableEvent OnExprCheckVariable() const;
     void SetOnExprCheckVariable(TOnCheckVariableEvent AEvent);
 
-    // True once the unit system has been set.
+    /// True once the unit system has been set.
     bool UnitSystemSet() const;
 
     TAlignment DefaultAlignment() const;
@@ -211,32 +212,32 @@ public:
     TImeMode DefaultImeMode() const;
     QString DefaultImeName() const;
     bool DefaultReadOnly() const;
-    // Takes the default font again without reporting a change.
+    /// Takes the default font again without reporting a change.
     void RefreshDefaultFont();
 
-    // Caption (trimmed) and unit text on a second line when there is one.
+    /// Caption (trimmed) and unit text on a second line when there is one.
     QString TitleString() const;
-    // CustomUnitStr, else the unit text of the parameter type and unit system.
+    /// CustomUnitStr, else the unit text of the parameter type and unit system.
     QString UnitString() const;
-    // CustomScale times the unit system factor of the parameter type.
+    /// CustomScale times the unit system factor of the parameter type.
     Extended Scale() const;
 
-    // Formats Value for row ARow; Scaled: Value is in base units and is shown in display units.
+    /// Formats Value for row ARow; Scaled: Value is in base units and is shown in display units.
     QString GetValueString(int ARow, Extended Value, bool Scaled);
-    // Reads Text of row ARow into Value (base units when Scaled), clamped to Min/Max. Raises
-    // EConvertError for text that is no number, EQXParserError for an expression that fails.
+    /// Reads Text of row ARow into Value (base units when Scaled), clamped to Min/Max. Raises
+    /// EConvertError for text that is no number, EQXParserError for an expression that fails.
     void SetValuefromStr(int ARow, const QString& Text, Extended& Value, bool Scaled);
 
-    // The value of the cell in row ARow in base units (0 when it is no number).
+    /// The value of the cell in row ARow in base units (0 when it is no number).
     Extended DValues(int ARow);
     void SetDValues(int ARow, Extended Value);
     int IntValues(int ARow);
     void SetIntValues(int ARow, int Value);
 
-    // Raw copy of the published state (see the header comment for what is left out).
+    /// Raw copy of the published state (see the header comment for what is left out).
     void Assign(const TNumColumn& Source);
 
-    // Double views of the extended-valued properties, for the Qt properties.
+    /// Double views of the extended-valued properties, for the Qt properties.
     double PropMax() const { return static_cast<double>(Max()); }
     void SetPropMax(double V) { SetMax(V); }
     double PropMin() const { return static_cast<double>(Min()); }
@@ -247,9 +248,9 @@ public:
     void SetPropScaleOffset(double V) { SetScaleOffset(V); }
 
 protected:
-    // Makes the title; called once the column is in its collection, so an override is honoured.
+    /// Makes the title; called once the column is in its collection, so an override is honoured.
     virtual TNumColTitle* CreateTitle();
-    // Reports this column's change to the collection (TNumColumns::Update).
+    /// Reports this column's change to the collection (TNumColumns::Update).
     void Changed(bool AllItems = false);
 
 private:
@@ -261,7 +262,7 @@ private:
     const std::unique_ptr<TNumColumnPrivate> d;
 };
 
-// Makes a column of the collection's class; the default makes a TNumColumn.
+/// Makes a column of the collection's class; the default makes a TNumColumn.
 using TNumColumnFactory = std::function<TNumColumn*(TNumColumns* Collection)>;
 
 class QXNUM_WIDGETS_EXPORT TNumColumns : public QObject {
@@ -273,19 +274,19 @@ public:
 
     TNumGrid* Grid() const;
     int Count() const;
-    // nullptr outside 0 .. Count() - 1.
+    /// nullptr outside 0 .. Count() - 1.
     TNumColumn* Items(int Index) const;
-    // Assigns Value into the existing column Index.
+    /// Assigns Value into the existing column Index.
     void SetItems(int Index, const TNumColumn& Value);
     TNumColumn* Add();
     TNumColumn* Insert(int Index);
     void Delete(int Index);
     void Clear();
 
-    // While an update is open, changes are not reported to the grid.
+    /// While an update is open, changes are not reported to the grid.
     void BeginUpdate();
     void EndUpdate();
-    // A change of Item (nullptr: of the whole collection, which needs nothing).
+    /// A change of Item (nullptr: of the whole collection, which needs nothing).
     virtual void Update(TNumColumn* Item);
 
 private:

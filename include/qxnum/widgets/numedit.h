@@ -1,59 +1,60 @@
-// The numeric edit: a QLineEdit that holds one value in base units and shows it in display units.
-//
-// Value model
-//   Value() is kept in base units; the text shows it through ValueString with the parameter type,
-//   unit system, custom scale/offset, data type and numeric type. Leaving the edit evaluates the
-//   text (UpdateValue): a plain number is converted to base units and checked against Min/Max; a
-//   value out of range is refused with a message, the text is selected and the focus comes back.
-//   NaN stands for "no value" (empty text with AllowEmpty and ClearIsNaN, Clear with ClearIsNaN).
-//   With OnExprCheckVariable assigned (and InhibitExprCheckVar off) the text may be an expression;
-//   its identifiers are resolved through that callback.
-//
-// Keystroke filter (typing, Ctrl+V / Shift+Insert, the context menu's Paste, middle-click paste,
-// drops and input-method commits all go through it):
-//   - Deleting is always allowed, and so are Qt's editing keys (selection, undo/redo, Home/End,
-//     Ctrl+A, cut, copy). Everything else that inserts text is checked as a whole edit: the
-//     inserted characters must be allowed, and the new text may not break a rule more than the old
-//     one did (so a formatted text such as "1,234.50" stays editable).
-//   - Allowed: digits, one leading "+" or "-", one decimal separator (NumInpFormatSettings) when
-//     decimals are allowed, and "E"/"e" after at least one digit, followed by an optional sign and
-//     digits. ntNumber also accepts the thousands separator; ntCurrency the thousands separator,
-//     the currency string, parentheses and blanks, a sign anywhere but no exponent.
-//   - Decimals: at most Decimals for ntFixed, ntNumber and ntCurrency, at most FormatDecimalCount
-//     of the picture for ntParType, no limit for ntGeneral and ntExponent (they count significant
-//     digits), none for the integer data types (which take no exponent either).
-//   - Exponent, counted from the "E" to the end: at most FormatExponentLength characters for
-//     ntParType (none when the picture has no "E"), otherwise at most "E-4932" (6).
-//   - Length: at most MaxTextLength() characters (Digits, or Digits + 3 + Decimals for the float
-//     forms that may show an exponent). It limits typing only: the edit's own text is never cut
-//     (QLineEdit's maxLength is left at its default).
-//   - While the expression path is active: letters, digits, "_", the decimal separator, the
-//     parser's argument separator, + - * / ^, parentheses and blanks, without a length limit; the
-//     expression itself is checked by UpdateValue on leaving.
-//   - A pasted text is trimmed and only its first line is taken.
-//   - A key from the keypad's decimal key types the locale's decimal separator.
-//   - A refused edit beeps (QApplication::beep) and changes nothing.
-//   - Enter moves to the next control when TabOnEnterKey is set; Up and Down move to the previous
-//     and next control (posted, after the edit's own key handling).
-//
-// Focus: entering sets Focused(); moving the focus to another widget of the window runs
-// UpdateValue(true). Another window or a popup (context menu, message box) taking the focus is not
-// leaving the edit.
-//
-// The cancel-button exemption of Valid: when the widget receiving the focus is a button of the
-// edit's own window that cancels it, no range check is made. A button cancels when it has the
-// dynamic property "ModalResult" equal to mrCancel (2), or sits in a QDialogButtonBox with the
-// RejectRole (the standard Cancel, Close and Abort buttons).
-//
-// Painting: QLineEdit paints; the edit keeps its alignment (the resting Alignment(), left while it
-// has the focus) and the palette's text colour (NegCol for negative values, the normal colour
-// otherwise, ReadOnlyFontColor when read-only) in step with the value. The disabled colour group
-// is left alone so a disabled edit still looks disabled. The normal colour is the palette's text
-// colour: a palette the host gives the edit (or its parent) sets a new normal colour.
-//
-// Change notification: use OnChange or the changed() signal. While they run IsChanging() is true
-// and the edit neither reformats nor rewrites its text, so a handler may read Value safely.
-// Handlers connected directly to textChanged run after that window.
+/// \file
+/// The numeric edit: a QLineEdit that holds one value in base units and shows it in display units.
+///
+/// Value model
+///   Value() is kept in base units; the text shows it through ValueString with the parameter type,
+///   unit system, custom scale/offset, data type and numeric type. Leaving the edit evaluates the
+///   text (UpdateValue): a plain number is converted to base units and checked against Min/Max; a
+///   value out of range is refused with a message, the text is selected and the focus comes back.
+///   NaN stands for "no value" (empty text with AllowEmpty and ClearIsNaN, Clear with ClearIsNaN).
+///   With OnExprCheckVariable assigned (and InhibitExprCheckVar off) the text may be an expression;
+///   its identifiers are resolved through that callback.
+///
+/// Keystroke filter (typing, Ctrl+V / Shift+Insert, the context menu's Paste, middle-click paste,
+/// drops and input-method commits all go through it):
+///   - Deleting is always allowed, and so are Qt's editing keys (selection, undo/redo, Home/End,
+///     Ctrl+A, cut, copy). Everything else that inserts text is checked as a whole edit: the
+///     inserted characters must be allowed, and the new text may not break a rule more than the old
+///     one did (so a formatted text such as "1,234.50" stays editable).
+///   - Allowed: digits, one leading "+" or "-", one decimal separator (NumInpFormatSettings) when
+///     decimals are allowed, and "E"/"e" after at least one digit, followed by an optional sign and
+///     digits. ntNumber also accepts the thousands separator; ntCurrency the thousands separator,
+///     the currency string, parentheses and blanks, a sign anywhere but no exponent.
+///   - Decimals: at most Decimals for ntFixed, ntNumber and ntCurrency, at most FormatDecimalCount
+///     of the picture for ntParType, no limit for ntGeneral and ntExponent (they count significant
+///     digits), none for the integer data types (which take no exponent either).
+///   - Exponent, counted from the "E" to the end: at most FormatExponentLength characters for
+///     ntParType (none when the picture has no "E"), otherwise at most "E-4932" (6).
+///   - Length: at most MaxTextLength() characters (Digits, or Digits + 3 + Decimals for the float
+///     forms that may show an exponent). It limits typing only: the edit's own text is never cut
+///     (QLineEdit's maxLength is left at its default).
+///   - While the expression path is active: letters, digits, "_", the decimal separator, the
+///     parser's argument separator, + - * / ^, parentheses and blanks, without a length limit; the
+///     expression itself is checked by UpdateValue on leaving.
+///   - A pasted text is trimmed and only its first line is taken.
+///   - A key from the keypad's decimal key types the locale's decimal separator.
+///   - A refused edit beeps (QApplication::beep) and changes nothing.
+///   - Enter moves to the next control when TabOnEnterKey is set; Up and Down move to the previous
+///     and next control (posted, after the edit's own key handling).
+///
+/// Focus: entering sets Focused(); moving the focus to another widget of the window runs
+/// UpdateValue(true). Another window or a popup (context menu, message box) taking the focus is not
+/// leaving the edit.
+///
+/// The cancel-button exemption of Valid: when the widget receiving the focus is a button of the
+/// edit's own window that cancels it, no range check is made. A button cancels when it has the
+/// dynamic property "ModalResult" equal to mrCancel (2), or sits in a QDialogButtonBox with the
+/// RejectRole (the standard Cancel, Close and Abort buttons).
+///
+/// Painting: QLineEdit paints; the edit keeps its alignment (the resting Alignment(), left while it
+/// has the focus) and the palette's text colour (NegCol for negative values, the normal colour
+/// otherwise, ReadOnlyFontColor when read-only) in step with the value. The disabled colour group
+/// is left alone so a disabled edit still looks disabled. The normal colour is the palette's text
+/// colour: a palette the host gives the edit (or its parent) sets a new normal colour.
+///
+/// Change notification: use OnChange or the changed() signal. While they run IsChanging() is true
+/// and the edit neither reformats nor rewrites its text, so a handler may read Value safely.
+/// Handlers connected directly to textChanged run after that window.
 #pragma once
 
 #include <qxnum/widgets_export.h>
@@ -72,48 +73,48 @@
 namespace qxnum {
 
 using TNotifyEvent = std::function<void(QObject* Sender)>;
-// Supplies or changes the value on every read (AValue is the stored base value).
+/// Supplies or changes the value on every read (AValue is the stored base value).
 using TGetNumValueEvent = std::function<void(QObject* Sender, Extended& AValue)>;
-// Changes a value parsed from NumText before it is stored.
+/// Changes a value parsed from NumText before it is stored.
 using TSetNumValueEvent = std::function<void(QObject* Sender, const QString& NumText, Extended& AValue)>;
-// Called after every value-to-text formatting; may change NumText. AValue is the display value
-// before the unit table factor (base / CustomScale + ScaleOffset).
+/// Called after every value-to-text formatting; may change NumText. AValue is the display value
+/// before the unit table factor (base / CustomScale + ScaleOffset).
 using TGetNumTextEvent = std::function<void(QObject* Sender, QString& NumText, Extended AValue)>;
-// Application range check: set ErrorMessage to refuse AValue. The built-in Min/Max check still
-// runs when the message is left empty.
+/// Application range check: set ErrorMessage to refuse AValue. The built-in Min/Max check still
+/// runs when the message is left empty.
 using TRangeValidateEvent = std::function<void(QObject* Sender, Extended AValue, Extended AMin, Extended AMax,
                                                QString& ErrorMessage)>;
 
 class TCustomNumEditPrivate;
 
-// Qt integration
-//   Every published property is a Q_PROPERTY under its published name. Extended-valued ones
-//   (Value, ScaledValue, Min, Max, CustomScale, ScaleOffset) are exposed as double there; the C++
-//   accessors keep the full extended precision. Writing a property runs the same setter.
-//   Signals beside the std::function hooks (the hooks remain the contract):
-//   - valueChanged(double): the base-unit value, once per accepted change of the held value
-//     (typed text taken, SetValue, limits or data type pulling it, Clear, ...). Never for a value
-//     that stays the same; NaN to NaN is no change. A change made by the OnGetNumValue hook during
-//     a read is the hook owner's own and is not signalled.
-//   - unitSystemChanged(TUnitSystem) and parTypeChanged(TParType): only when the value really
-//     changes (OnUnitSystemChange fires on every SetUnitSystem, as published).
-//   - valueEditingFinished(): after the user's text has been evaluated and taken, on leaving the
-//     edit or on Enter. QLineEdit::editingFinished is left as Qt defines it: it also fires for Enter
-//     without any evaluation and when a refused text could not take the focus back, so it cannot
-//     carry that guarantee.
-//
-// Expression input without variables: ExpressionInput lets the user type arithmetic ("2*3.5",
-// "sqrt(2)") in an edit that has no OnExprCheckVariable. Such a text is calculated by the parser on
-// leaving; the result is range checked and shown formatted. Any identifier is then unknown and
-// gives the parser's error beside the usual "is no valid numeric input" message. A text that does
-// not calculate but is a formatted number of the display form ("1,234.50", "($2.25)") is taken as
-// before. With OnExprCheckVariable assigned the variable path applies instead.
-//
-// Exactness: a text the user has not changed since the edit last formatted it is not evaluated
-// again on leaving or reading; the held value stays exactly as it was (the text shows it rounded).
-//
-// Refused input: beside the beep a tooltip at the cursor names the refused character and the
-// rule; LastRefusal() holds that text until the next accepted edit.
+/// Qt integration
+///   Every published property is a Q_PROPERTY under its published name. Extended-valued ones
+///   (Value, ScaledValue, Min, Max, CustomScale, ScaleOffset) are exposed as double there; the C++
+///   accessors keep the full extended precision. Writing a property runs the same setter.
+///   Signals beside the std::function hooks (the hooks remain the contract):
+///   - valueChanged(double): the base-unit value, once per accepted change of the held value
+///     (typed text taken, SetValue, limits or data type pulling it, Clear, ...). Never for a value
+///     that stays the same; NaN to NaN is no change. A change made by the OnGetNumValue hook during
+///     a read is the hook owner's own and is not signalled.
+///   - unitSystemChanged(TUnitSystem) and parTypeChanged(TParType): only when the value really
+///     changes (OnUnitSystemChange fires on every SetUnitSystem, as published).
+///   - valueEditingFinished(): after the user's text has been evaluated and taken, on leaving the
+///     edit or on Enter. QLineEdit::editingFinished is left as Qt defines it: it also fires for Enter
+///     without any evaluation and when a refused text could not take the focus back, so it cannot
+///     carry that guarantee.
+///
+/// Expression input without variables: ExpressionInput lets the user type arithmetic ("2*3.5",
+/// "sqrt(2)") in an edit that has no OnExprCheckVariable. Such a text is calculated by the parser on
+/// leaving; the result is range checked and shown formatted. Any identifier is then unknown and
+/// gives the parser's error beside the usual "is no valid numeric input" message. A text that does
+/// not calculate but is a formatted number of the display form ("1,234.50", "($2.25)") is taken as
+/// before. With OnExprCheckVariable assigned the variable path applies instead.
+///
+/// Exactness: a text the user has not changed since the edit last formatted it is not evaluated
+/// again on leaving or reading; the held value stays exactly as it was (the text shows it rounded).
+///
+/// Refused input: beside the beep a tooltip at the cursor names the refused character and the
+/// rule; LastRefusal() holds that text until the next accepted edit.
 class QXNUM_WIDGETS_EXPORT TCustomNumEdit : public QLineEdit {
     Q_OBJECT
     Q_PROPERTY(double Value READ PropValue WRITE SetPropValue NOTIFY valueChanged)
@@ -143,7 +144,7 @@ class QXNUM_WIDGETS_EXPORT TCustomNumEdit : public QLineEdit {
     Q_PROPERTY(bool CopyVisible READ CopyVisible WRITE SetCopyVisible)
 
 public:
-    // Qt-style setters of the properties above, which forms compiled by uic call.
+    /// Qt-style setters of the properties above, which forms compiled by uic call.
     void setValue(double AValue) { SetPropValue(AValue); }
     void setScaledValue(double AValue) { SetPropScaledValue(AValue); }
     void setMin(double AValue) { SetPropMin(AValue); }
@@ -172,20 +173,20 @@ public:
     explicit TCustomNumEdit(QWidget* Parent = nullptr);
     ~TCustomNumEdit() override;
 
-    // "No value": the quiet NaN with the sign bit set.
+    /// "No value": the quiet NaN with the sign bit set.
     static Extended NaN();
-    // A button that cancels its dialog (see the header comment).
+    /// A button that cancels its dialog (see the header comment).
     static bool IsCancelButton(const QWidget* Widget);
 
-    // Value in base units. Value() may evaluate the text (expression path) and fires OnGetNumValue.
+    /// Value in base units. Value() may evaluate the text (expression path) and fires OnGetNumValue.
     Extended Value() { return GetValue(); }
     void SetValue(Extended AValue);
     Extended GetValue();
-    // The stored value after OnGetNumValue, without looking at the text.
+    /// The stored value after OnGetNumValue, without looking at the text.
     Extended GetFValue();
-    // Evaluates the text first (UpdateValue(false)).
+    /// Evaluates the text first (UpdateValue(false)).
     Extended GetUpdatedValue();
-    // Value in display units.
+    /// Value in display units.
     Extended ScaledValue() const;
     void SetScaledValue(Extended AValue);
 
@@ -193,12 +194,12 @@ public:
     void SetMin(Extended AValue);
     Extended Max() const;
     void SetMax(Extended AValue);
-    // Sets both limits whatever they were before, then corrects the pair as the single setters do:
-    // the data type's range clips them, a Max below Min becomes Min, and the value is pulled inside.
+    /// Sets both limits whatever they were before, then corrects the pair as the single setters do:
+    /// the data type's range clips them, a Max below Min becomes Min, and the value is pulled inside.
     void SetRange(Extended AMin, Extended AMax);
     quint16 Digits() const;
     void SetDigits(quint16 AValue);
-    // For ntParType the decimal count of the effective picture, otherwise the stored count.
+    /// For ntParType the decimal count of the effective picture, otherwise the stored count.
     quint16 Decimals() const;
     void SetDecimals(quint16 AValue);
     TDataType DataType() const;
@@ -212,7 +213,7 @@ public:
     QString CustomFormat() const;
     void SetCustomFormat(const QString& AValue);
     Extended CustomScale() const;
-    // Ignored unless greater than 1e-14.
+    /// Ignored unless greater than 1e-14.
     void SetCustomScale(Extended AValue);
     Extended ScaleOffset() const;
     void SetScaleOffset(Extended AValue);
@@ -228,25 +229,25 @@ public:
     void SetValidate(bool AValue);
     QColor ReadOnlyFontColor() const;
     void SetReadOnlyFontColor(const QColor& AValue);
-    // Resting horizontal alignment: Qt::AlignLeft, Qt::AlignRight (default) or Qt::AlignHCenter.
+    /// Resting horizontal alignment: Qt::AlignLeft, Qt::AlignRight (default) or Qt::AlignHCenter.
     Qt::Alignment Alignment() const;
     void SetAlignment(Qt::Alignment AValue);
     bool TabOnEnterKey() const;
     void SetTabOnEnterKey(bool AValue);
     bool InhibitExprCheckVar() const;
     void SetInhibitExprCheckVar(bool AValue);
-    // Arithmetic input without a variable callback (see the header comment). Off by default.
+    /// Arithmetic input without a variable callback (see the header comment). Off by default.
     bool ExpressionInput() const;
     void SetExpressionInput(bool AValue);
-    // Used by the labelled input: whether its labels follow the edit's enabled and visible state.
+    /// Used by the labelled input: whether its labels follow the edit's enabled and visible state.
     bool CopyEnabled() const;
     void SetCopyEnabled(bool AValue);
     bool CopyVisible() const;
     void SetCopyVisible(bool AValue);
-    // The normal (non-negative) text colour, taken from the palette.
+    /// The normal (non-negative) text colour, taken from the palette.
     QColor NormalFontColor() const;
 
-    // Events.
+    /// Events.
     TGetNumTextEvent OnGetNumText() const;
     void SetOnGetNumText(TGetNumTextEvent AEvent);
     TSetNumValueEvent OnSetNumValue() const;
@@ -264,27 +265,27 @@ public:
     TNotifyEvent OnChange() const;
     void SetOnChange(TNotifyEvent AEvent);
 
-    // True while OnExprCheckVariable is assigned and InhibitExprCheckVar is off.
+    /// True while OnExprCheckVariable is assigned and InhibitExprCheckVar is off.
     bool ExprPathActive() const;
-    // FCustomScale * ParScale[ParType][UnitSystem].
+    /// FCustomScale * ParScale[ParType][UnitSystem].
     Extended Scale() const;
-    // Text of a base value as this edit shows it (fires OnGetNumText).
+    /// Text of a base value as this edit shows it (fires OnGetNumText).
     QString GetValueString(Extended AValue);
 
-    // Reformats the text from the value and sets the length limit and the text colour.
+    /// Reformats the text from the value and sets the length limit and the text colour.
     virtual void FormatText();
-    // Keeps Min, Max and the value inside the data type's range (NaN stays "no value").
+    /// Keeps Min, Max and the value inside the data type's range (NaN stays "no value").
     virtual void CheckRange();
-    // Range check with message; false when AValue is refused.
+    /// Range check with message; false when AValue is refused.
     virtual bool Valid(Extended AValue);
-    // Evaluates the text into the value; false after a refused or unreadable text.
+    /// Evaluates the text into the value; false after a refused or unreadable text.
     bool UpdateValue(bool Exiting);
-    // Value NaN (ClearIsNaN) or 0; an empty text with AllowEmpty, otherwise the formatted value.
+    /// Value NaN (ClearIsNaN) or 0; an empty text with AllowEmpty, otherwise the formatted value.
     void Clear();
-    // The text-changed notification (OnChange, changed()) with the IsChanging() guard.
+    /// The text-changed notification (OnChange, changed()) with the IsChanging() guard.
     virtual void Change();
 
-    // Typed read-outs: 0 after a failed update or for a value outside the target's range.
+    /// Typed read-outs: 0 after a failed update or for a value outside the target's range.
     virtual quint8 AsByte();
     virtual double AsDouble();
     virtual int AsInteger();
@@ -292,31 +293,31 @@ public:
     virtual qint8 AsShortInt();
     virtual float AsSingle();
     virtual quint16 AsWord();
-    // The text as an amount in words; "ERROR" when it is not an amount.
+    /// The text as an amount in words; "ERROR" when it is not an amount.
     QString AsMoneyStr() const;
 
     bool IsValid() const;
     bool IsChanging() const;
-    // Set on entering the edit, cleared when a text is taken on leaving.
+    /// Set on entering the edit, cleared when a text is taken on leaving.
     bool Focused() const;
 
-    // The form or field frame the edit sits in (nullptr for a parentless edit).
+    /// The form or field frame the edit sits in (nullptr for a parentless edit).
     QWidget* OwnerWidget() const;
-    // Design mode: no focus moves from checks; a designer plugin sets it.
+    /// Design mode: no focus moves from checks; a designer plugin sets it.
     bool IsDesigning() const;
     void SetDesigning(bool AValue);
 
-    // The keystroke filter's length limit for the current settings.
+    /// The keystroke filter's length limit for the current settings.
     int MaxTextLength() const;
-    // Whether the keystroke filter lets the text change from OldText to NewText.
+    /// Whether the keystroke filter lets the text change from OldText to NewText.
     bool IsAcceptableEdit(const QString& OldText, const QString& NewText) const;
-    // Why the filter refuses the change from OldText to NewText; empty when it accepts it.
+    /// Why the filter refuses the change from OldText to NewText; empty when it accepts it.
     QString RefusalReason(const QString& OldText, const QString& NewText) const;
-    // The reason last shown for a refused edit; empty after an accepted one.
+    /// The reason last shown for a refused edit; empty after an accepted one.
     QString LastRefusal() const;
-    // Inserts S at the cursor (replacing the selection) when the filter accepts it; beeps otherwise.
+    /// Inserts S at the cursor (replacing the selection) when the filter accepts it; beeps otherwise.
     bool InsertChecked(const QString& S);
-    // Pastes from the clipboard through the filter.
+    /// Pastes from the clipboard through the filter.
     bool PasteChecked(QClipboard::Mode Mode = QClipboard::Clipboard);
 
 Q_SIGNALS:
@@ -336,7 +337,7 @@ protected:
     void dropEvent(QDropEvent* E) override;
     void inputMethodEvent(QInputMethodEvent* E) override;
 
-    // Text with the selection (or nothing at the cursor) replaced by S.
+    /// Text with the selection (or nothing at the cursor) replaced by S.
     QString CandidateText(const QString& S) const;
     void ApplyAlignment();
     void ApplyTextColour();
@@ -348,9 +349,9 @@ private:
     bool ReadOutRange(TDataType RangeOf, Extended Hi);
     void SetTextIfDiffers(const QString& S);
     bool EvaluateText(bool Exiting);
-    // Emits valueChanged when the held value differs from the one last signalled.
+    /// Emits valueChanged when the held value differs from the one last signalled.
     void NotifyValue();
-    // Beep and tooltip for a refused edit; hides a shown tooltip after an accepted one.
+    /// Beep and tooltip for a refused edit; hides a shown tooltip after an accepted one.
     void Refuse(const QString& Reason);
     void Accepted();
 
@@ -370,7 +371,7 @@ private:
     const std::unique_ptr<TCustomNumEditPrivate> d;
 };
 
-// The published numeric edit, registered as "TNumEdit".
+/// The published numeric edit, registered as "TNumEdit".
 class QXNUM_WIDGETS_EXPORT TNumEdit : public TCustomNumEdit {
     Q_OBJECT
 

@@ -1,31 +1,32 @@
-// The persistent numeric field: a labelled numeric input that saves and restores its value as a
-// field of a field form.
-//
-// Files
-//   Stream record: the value as an 80-bit float (full precision, NaN and infinities included),
-//   then Visible and Enabled as two booleans. XML: "ParType" (the enumeration name, only with
-//   StoreParType), "Value" and, with StreamReadVisibleandEnabled, "Visible" and "Enabled".
-//   The XML value is text in base units: the number formatted like the edit formats it but
-//   unscaled (so it reads back into Value as it is), or the edit's text as typed when that is
-//   not a plain number (an expression, or "1,234.50" of ntNumber), or "" for no value.
-//   Reading a "Value" that is not a plain number puts the text into the edit without
-//   evaluating it; an empty text gives NaN when both AllowEmpty and ClearIsNaN are set.
-//   A "ParType" name that is not a parameter type is stored unchecked as the ordinal 255; the
-//   edit then shows base units with the picture of ptNone and no unit text.
-//   A value is taken with SetValue, so a number outside Min/Max is refused with the edit's
-//   range message and the old value stays.
-//
-// Identifier in files: CustomIDstring, else the caption of the name label, else the object name.
-// A field without a custom identifier is therefore found by its label text.
-//
-// Copy and form-create values are the edit's text. Two texts that are both numbers count as the
-// same when they differ by at most 1e-14 (absolute); other texts are compared exactly. Restoring
-// a text re-evaluates it, except an expression that only OnExprCheckVariable can resolve.
-//
-// RefValue holds a value the application may load with SetValueToRefValue. Its default is a
-// sentinel far below any real value (-1.189731495357231765e4923, the exact 80-bit pattern
-// FFE1 89705F4136B4A597) that means "no reference value": values at or below
-// RefValueThreshold() are not loaded. A NaN reference value is loaded and clears the field.
+/// \file
+/// The persistent numeric field: a labelled numeric input that saves and restores its value as a
+/// field of a field form.
+///
+/// Files
+///   Stream record: the value as an 80-bit float (full precision, NaN and infinities included),
+///   then Visible and Enabled as two booleans. XML: "ParType" (the enumeration name, only with
+///   StoreParType), "Value" and, with StreamReadVisibleandEnabled, "Visible" and "Enabled".
+///   The XML value is text in base units: the number formatted like the edit formats it but
+///   unscaled (so it reads back into Value as it is), or the edit's text as typed when that is
+///   not a plain number (an expression, or "1,234.50" of ntNumber), or "" for no value.
+///   Reading a "Value" that is not a plain number puts the text into the edit without
+///   evaluating it; an empty text gives NaN when both AllowEmpty and ClearIsNaN are set.
+///   A "ParType" name that is not a parameter type is stored unchecked as the ordinal 255; the
+///   edit then shows base units with the picture of ptNone and no unit text.
+///   A value is taken with SetValue, so a number outside Min/Max is refused with the edit's
+///   range message and the old value stays.
+///
+/// Identifier in files: CustomIDstring, else the caption of the name label, else the object name.
+/// A field without a custom identifier is therefore found by its label text.
+///
+/// Copy and form-create values are the edit's text. Two texts that are both numbers count as the
+/// same when they differ by at most 1e-14 (absolute); other texts are compared exactly. Restoring
+/// a text re-evaluates it, except an expression that only OnExprCheckVariable can resolve.
+///
+/// RefValue holds a value the application may load with SetValueToRefValue. Its default is a
+/// sentinel far below any real value (-1.189731495357231765e4923, the exact 80-bit pattern
+/// FFE1 89705F4136B4A597) that means "no reference value": values at or below
+/// RefValueThreshold() are not loaded. A NaN reference value is loaded and clears the field.
 #pragma once
 
 #include <qxnum/widgets/fieldbase.h>
@@ -42,13 +43,13 @@ class QXNUM_WIDGETS_EXPORT TNumFld : public TCustomNumInp, public TValueField<QS
     Q_INTERFACES(qxnum::INumFld)
     QXNUM_FIELD_PROPERTIES
     Q_PROPERTY(int Tag2 READ Tag2 WRITE SetTag2)
-    // As a double: QVariant has no 80-bit type.
+    /// As a double: QVariant has no 80-bit type.
     Q_PROPERTY(double RefValue READ RefValueAsDouble WRITE SetRefValueAsDouble)
     Q_PROPERTY(bool ControllableIfDisabled READ ControllableIfDisabled WRITE SetControllableIfDisabled)
     Q_PROPERTY(bool StoreParType READ StoreParType WRITE SetStoreParType)
 
 public:
-    // Qt-style setters of the properties above, which forms compiled by uic call.
+    /// Qt-style setters of the properties above, which forms compiled by uic call.
     void setTag2(int AValue) { SetTag2(AValue); }
     void setRefValue(double AValue) { SetRefValueAsDouble(AValue); }
     void setControllableIfDisabled(bool AValue) { SetControllableIfDisabled(AValue); }
@@ -57,11 +58,11 @@ public:
     explicit TNumFld(QWidget* Parent = nullptr);
     ~TNumFld() override;
 
-    // The default RefValue and the limit at or below which a reference value counts as unset.
+    /// The default RefValue and the limit at or below which a reference value counts as unset.
     static Extended RefValueSentinel();
     static Extended RefValueThreshold();
 
-    // From another TNumFld: its text, then evaluated. Any other source raises EConvertError.
+    /// From another TNumFld: its text, then evaluated. Any other source raises EConvertError.
     void Assign(const QObject* Source);
 
     int Tag2() const;
@@ -69,30 +70,30 @@ public:
     Extended RefValue() const;
     void SetRefValue(Extended AValue);
     Extended GetRefValue() const { return RefValue(); }
-    // Stored for the container; the field itself attaches no behaviour to it.
+    /// Stored for the container; the field itself attaches no behaviour to it.
     bool ControllableIfDisabled() const;
     void SetControllableIfDisabled(bool AValue);
     bool StoreParType() const;
     void SetStoreParType(bool AValue);
-    // CustomIDstring as it is (possibly empty).
+    /// CustomIDstring as it is (possibly empty).
     QString GetIDstr() const { return CustomIDstring(); }
 
-    // Loads RefValue with SetValue when it is NaN or above RefValueThreshold().
+    /// Loads RefValue with SetValue when it is NaN or above RefValueThreshold().
     void SetValueToRefValue();
-    // Stores AValue when it lies in [Min, Max] and returns true; otherwise stores the nearer
-    // limit (Min for NaN) and returns false.
+    /// Stores AValue when it lies in [Min, Max] and returns true; otherwise stores the nearer
+    /// limit (Min for NaN) and returns false.
     bool SetValue_inside_MinMax(Extended AValue);
 
-    // Identifier text for the application's error reports; not used by the field.
+    /// Identifier text for the application's error reports; not used by the field.
     QString ErrorIDstring;
 
-    // --- INumFld ---
+    /// --- INumFld ---
     QString GetIDstring() const override;
     bool GetReadOnly() const override { return isReadOnly(); }
     bool XmlValueChanged(TXmlNode ParentXmlNode) override;
-    // Value as a double.
+    /// Value as a double.
     QVariant GetVariantValue() override;
-    // The edit's text as shown.
+    /// The edit's text as shown.
     QString GetValueText() override { return text(); }
     QString GetXMLValueText(TXmlNode ParentXmlNode) override;
 
@@ -107,7 +108,7 @@ protected:
     TApplyValue ReadXmlValue(TXmlNode Node) override;
 
 private:
-    // The XML text of the current value (see the header comment).
+    /// The XML text of the current value (see the header comment).
     QString XmlValueText();
     double RefValueAsDouble() const { return static_cast<double>(RefValue()); }
     void SetRefValueAsDouble(double AValue) { SetRefValue(AValue); }

@@ -1,53 +1,54 @@
-// The numeric grid: a grid of text cells whose columns (TNumColumn) say how the text is read as a
-// number, with row operations, cell checks, change tracking and the field contract.
-//
-// Cells
-//   A cell holds text only, always in its column's display units; values are derived from the
-//   text on demand (GetDValues, GetCValues, GetIntValues). Row 0 is the title row when FixedRows
-//   > 0 (ResetTitles writes each column's TitleString there); data rows are FixedRows ..
-//   RowCount - 1. There is one TNumColumn per grid column, fixed columns included; changing
-//   ColCount adds or removes columns at the end. Check-box columns hold "TRUE" / "FALSE".
-//   New grids have 5 columns, 5 rows, 1 fixed column, 1 fixed row and two title lines.
-//
-// Messages (through MessageDlg, error type with OK) end in "\r\n" + "in " + the name of the form
-//   or frame the grid sits in. A cell that is no valid number is reported once, the focus returns
-//   to it and its text is kept; CheckAllCells, CheckRow and OkChanges stop at the first such cell.
-//   Out-of-range numbers are clamped by their column, silently.
-//
-// Files (field contract)
-//   XML: "Delimiter", "Colcount", "Rowcount", "Cols" ("Units", "StringCols", with StoreParTypes
-//   "ParTypes") and "Rows" with one "Row"NN element per row, cells joined by ";". Stream record:
-//   RowCount, ColCount, the unit systems and string flags of the columns, every cell's text row
-//   by row, Visible, Enabled. The stored text is what the cells show, with each column's unit
-//   system, so the two always agree; reading restores the unit systems without converting.
-//   Reads are all-or-nothing: the whole section is read and checked before the grid changes, so a
-//   read that raises (EReadError, EConvertError) leaves the grid as it was. Counts are bounded:
-//   more than MaxCellCount() cells, a negative count or a row name beyond the stored rows raise
-//   instead of allocating.
-//
-// View
-//   A virtualized scroll area: painting and scrolling cost the same whatever the row count. Fixed
-//   rows and columns stay in view and are drawn as headers; the current cell and the selection are
-//   highlighted (HighLightSelect). Keys as in spreadsheets: arrows, Tab / Shift+Tab, Home / End,
-//   Ctrl+Home / Ctrl+End, PgUp / PgDn; F2, Enter or typing starts the in-place editor, Enter
-//   commits and moves down, Escape cancels. The editor of a numeric column follows the numeric
-//   edit's keystroke rules for the column. Space and a click toggle a check-box cell.
-//   Ctrl+V pastes (when AllowPaste), Ctrl+C copies, Ctrl+Z undoes, Ctrl+Shift+Z and Ctrl+Y redo.
-//
-// Clipboard
-//   PasteFromClipboard reads text separated by TAB, ';' or blanks, line by line, adding rows as it
-//   goes (at most up to row 10,000). Numbers are taken in the units each column shows. A mouse
-//   click on the grid stops a running paste; what was pasted so far stays. CopyToClipboard writes
-//   every row, title rows included, from the column a paste answered Yes starts at (FixedCols, or 0
-//   with AlwaysPasteFromLeftCol): TAB between cells, CR LF after each row, line breaks inside a
-//   cell as blanks; and the same table as HTML. So a copy pasted back with Yes gives the same data.
-//
-// Undo
-//   A cell edit, a paste, a row inserted, copied or deleted and a cleared table (through the keys or
-//   the navigator) are each one step on UndoStack(). Cells set by program are not recorded, but a
-//   change of the row or column count made by program, a read from a file, RestoreCopyValue and
-//   Assign clear the stack: its steps would no longer fit the table. Undo and redo set the cells
-//   and the current cell directly, without the grid's events and checks.
+/// \file
+/// The numeric grid: a grid of text cells whose columns (TNumColumn) say how the text is read as a
+/// number, with row operations, cell checks, change tracking and the field contract.
+///
+/// Cells
+///   A cell holds text only, always in its column's display units; values are derived from the
+///   text on demand (GetDValues, GetCValues, GetIntValues). Row 0 is the title row when FixedRows
+///   > 0 (ResetTitles writes each column's TitleString there); data rows are FixedRows ..
+///   RowCount - 1. There is one TNumColumn per grid column, fixed columns included; changing
+///   ColCount adds or removes columns at the end. Check-box columns hold "TRUE" / "FALSE".
+///   New grids have 5 columns, 5 rows, 1 fixed column, 1 fixed row and two title lines.
+///
+/// Messages (through MessageDlg, error type with OK) end in `"\r\n"` + "in " + the name of the form
+///   or frame the grid sits in. A cell that is no valid number is reported once, the focus returns
+///   to it and its text is kept; CheckAllCells, CheckRow and OkChanges stop at the first such cell.
+///   Out-of-range numbers are clamped by their column, silently.
+///
+/// Files (field contract)
+///   XML: "Delimiter", "Colcount", "Rowcount", "Cols" ("Units", "StringCols", with StoreParTypes
+///   "ParTypes") and "Rows" with one "Row"NN element per row, cells joined by ";". Stream record:
+///   RowCount, ColCount, the unit systems and string flags of the columns, every cell's text row
+///   by row, Visible, Enabled. The stored text is what the cells show, with each column's unit
+///   system, so the two always agree; reading restores the unit systems without converting.
+///   Reads are all-or-nothing: the whole section is read and checked before the grid changes, so a
+///   read that raises (EReadError, EConvertError) leaves the grid as it was. Counts are bounded:
+///   more than MaxCellCount() cells, a negative count or a row name beyond the stored rows raise
+///   instead of allocating.
+///
+/// View
+///   A virtualized scroll area: painting and scrolling cost the same whatever the row count. Fixed
+///   rows and columns stay in view and are drawn as headers; the current cell and the selection are
+///   highlighted (HighLightSelect). Keys as in spreadsheets: arrows, Tab / Shift+Tab, Home / End,
+///   Ctrl+Home / Ctrl+End, PgUp / PgDn; F2, Enter or typing starts the in-place editor, Enter
+///   commits and moves down, Escape cancels. The editor of a numeric column follows the numeric
+///   edit's keystroke rules for the column. Space and a click toggle a check-box cell.
+///   Ctrl+V pastes (when AllowPaste), Ctrl+C copies, Ctrl+Z undoes, Ctrl+Shift+Z and Ctrl+Y redo.
+///
+/// Clipboard
+///   PasteFromClipboard reads text separated by TAB, ';' or blanks, line by line, adding rows as it
+///   goes (at most up to row 10,000). Numbers are taken in the units each column shows. A mouse
+///   click on the grid stops a running paste; what was pasted so far stays. CopyToClipboard writes
+///   every row, title rows included, from the column a paste answered Yes starts at (FixedCols, or 0
+///   with AlwaysPasteFromLeftCol): TAB between cells, CR LF after each row, line breaks inside a
+///   cell as blanks; and the same table as HTML. So a copy pasted back with Yes gives the same data.
+///
+/// Undo
+///   A cell edit, a paste, a row inserted, copied or deleted and a cleared table (through the keys or
+///   the navigator) are each one step on UndoStack(). Cells set by program are not recorded, but a
+///   change of the row or column count made by program, a read from a file, RestoreCopyValue and
+///   Assign clear the stack: its steps would no longer fit the table. Undo and redo set the cells
+///   and the current cell directly, without the grid's events and checks.
 #pragma once
 
 #include <qxnum/mathutil.h>
@@ -67,7 +68,7 @@ class QUndoStack;
 
 namespace qxnum {
 
-// A set of grid column numbers 0..255 (AddToLines).
+/// A set of grid column numbers 0..255 (AddToLines).
 using TColSet = std::bitset<256>;
 
 class TNumGridPrivate;
@@ -75,7 +76,7 @@ class TNumGridPrivate;
 using TCellChangeEvent = std::function<void(QObject* Sender, int ACol, int ARow, int OldCol, int OldRow)>;
 using TCellTxtChangeEvent = std::function<void(QObject* Sender, int ACol, int ARow, const QString& OldTxt)>;
 using TRowEvent = std::function<void(QObject* Sender, int ARow)>;
-// The text the in-place editor starts with for cell (ACol, ARow); Value holds the cell text.
+/// The text the in-place editor starts with for cell (ACol, ARow); Value holds the cell text.
 using TGetEditEvent = std::function<void(QObject* Sender, int ACol, int ARow, QString& Value)>;
 
 class QXNUM_WIDGETS_EXPORT TNumGrid : public QAbstractScrollArea, public TFieldBase {
@@ -113,7 +114,7 @@ class QXNUM_WIDGETS_EXPORT TNumGrid : public QAbstractScrollArea, public TFieldB
     Q_PROPERTY(bool IgnoreColPropsRead READ IgnoreColPropsRead WRITE SetIgnoreColPropsRead)
 
 public:
-    // Qt-style setters of the properties above, which forms compiled by uic call.
+    /// Qt-style setters of the properties above, which forms compiled by uic call.
     void setColCount(int AValue) { SetColCount(AValue); }
     void setRowCount(int AValue) { SetRowCount(AValue); }
     void setFixedCols(int AValue) { SetFixedCols(AValue); }
@@ -147,12 +148,12 @@ public:
     explicit TNumGrid(QWidget* Owner = nullptr);
     ~TNumGrid() override;
 
-    // The largest ColCount x RowCount a file may ask for (10,000,000 cells).
+    /// The largest ColCount x RowCount a file may ask for (10,000,000 cells).
     static qint64 MaxCellCount();
 
     TNumColumns* Columns() const;
 
-    // --- The string grid ---
+    /// --- The string grid ---
     int ColCount() const;
     void SetColCount(int AValue);
     int RowCount() const;
@@ -161,18 +162,18 @@ public:
     void SetFixedCols(int AValue);
     int FixedRows() const;
     void SetFixedRows(int AValue);
-    // The current cell. Setting it moves the current cell as a click would (CheckCellChange).
+    /// The current cell. Setting it moves the current cell as a click would (CheckCellChange).
     int Col() const;
     void SetCol(int AValue);
     int Row() const;
     void SetRow(int AValue);
-    // Empty text outside the grid; setting outside the grid does nothing.
+    /// Empty text outside the grid; setting outside the grid does nothing.
     QString Cells(int ACol, int ARow) const;
     void SetCells(int ACol, int ARow, const QString& Value);
-    // One row's texts, column 0 first; setting takes at most ColCount texts.
+    /// One row's texts, column 0 first; setting takes at most ColCount texts.
     QStringList Rows(int ARow) const;
     void SetRows(int ARow, const QStringList& Value);
-    // Not owned; initialisation and restoration clear them.
+    /// Not owned; initialisation and restoration clear them.
     QObject* Objects(int ACol, int ARow) const;
     void SetObjects(int ACol, int ARow, QObject* Value);
     void MoveRow(int FromIndex, int ToIndex);
@@ -190,25 +191,25 @@ public:
     void SetFixedColor(const QColor& AValue);
     TGridOptions Options() const;
     void SetOptions(TGridOptions AValue);
-    // First data row and column shown below and right of the fixed ones.
+    /// First data row and column shown below and right of the fixed ones.
     int TopRow() const;
     void SetTopRow(int AValue);
     int LeftCol() const;
     void SetLeftCol(int AValue);
-    // Rows and columns that fit completely into the scrolling part of the viewport.
+    /// Rows and columns that fit completely into the scrolling part of the viewport.
     int VisibleRowCount() const;
     int VisibleColCount() const;
-    // Viewport rectangle of a cell; empty when the cell is not in view.
+    /// Viewport rectangle of a cell; empty when the cell is not in view.
     QRect CellRect(int ACol, int ARow) const;
-    // The cell under a viewport position; false when there is none.
+    /// The cell under a viewport position; false when there is none.
     bool MouseToCell(const QPoint& Pos, int& ACol, int& ARow) const;
-    // The in-place editor.
+    /// The in-place editor.
     bool EditorMode() const;
     void SetEditorMode(bool AValue);
     void ShowEditor();
     void HideEditor();
 
-    // --- Cell values ---
+    /// --- Cell values ---
     bool GetValueFromCell(int ACol, int ARow, Extended& Value, bool Scaled);
     Extended GetDValues(int ACol, int ARow);
     void SetDValues(int ACol, int ARow, Extended Value);
@@ -217,13 +218,13 @@ public:
     int GetIntValues(int ACol, int ARow);
     void SetIntValues(int ACol, int ARow, int Value);
 
-    // --- Check boxes ---
+    /// --- Check boxes ---
     static bool StringCheckedStatus(const QString& S);
     bool CheckedStatus(int ACol, int ARow) const;
     void SetCheckedStatus(int ACol, int ARow, bool Checked);
     void ToggleCheckedStatus(int ACol, int ARow);
 
-    // --- Rows and columns ---
+    /// --- Rows and columns ---
     void InitCells();
     virtual void InitCol(int ACol);
     virtual void InitRow(int ARow);
@@ -233,7 +234,7 @@ public:
     void DeleteARow(int ARow);
     void InsertCol(int ACol);
 
-    // --- Titles and refresh ---
+    /// --- Titles and refresh ---
     void ResetTitles();
     void GridStringsChanged(QObject* Sender = nullptr);
     void BeginUpdate();
@@ -242,57 +243,57 @@ public:
     QStringList ColFormats() const;
     void SetColFormats(const QStringList& List);
 
-    // --- Checks ---
+    /// --- Checks ---
     virtual bool CheckCell(int ACol, int ARow);
     virtual bool CheckRow(int ARow);
     bool CheckAllCells();
     virtual bool CheckGrid();
 
-    // --- Clipboard and text export ---
-    // Reads the clipboard's text into the grid (see the header comment). In the in-place editor it
-    // pastes into the editor and takes the paste back, with a beep, when a numeric column does not
-    // read it as a number.
+    /// --- Clipboard and text export ---
+    /// Reads the clipboard's text into the grid (see the header comment). In the in-place editor it
+    /// pastes into the editor and takes the paste back, with a beep, when a numeric column does not
+    /// read it as a number.
     void PasteFromClipboard();
-    // Puts the table on the clipboard (see the header comment); false while the in-place editor is open.
+    /// Puts the table on the clipboard (see the header comment); false while the in-place editor is open.
     bool CopyToClipboard();
-    // Appends a text table of the columns in Cols: a title line (line breaks shown as '|'), then a
-    // line per data row. Each column is padded to MaxWidth (FixedWidth) or to its title's length,
-    // at most MaxWidth; longer texts are kept whole. Separator goes before every column but 0.
+    /// Appends a text table of the columns in Cols: a title line (line breaks shown as '|'), then a
+    /// line per data row. Each column is padded to MaxWidth (FixedWidth) or to its title's length,
+    /// at most MaxWidth; longer texts are kept whole. Separator goes before every column but 0.
     void AddToLines(QStringList& Lines, const TColSet& Cols, const QString& Separator, int MaxWidth,
                     bool FixedWidth);
-    // True while a paste or a copy runs.
+    /// True while a paste or a copy runs.
     bool PastingOrCopying() const;
-    // A data dialog opened for a pasted row (the time-series grid's) was cancelled: the paste
-    // stops. Every paste clears it at its end.
+    /// A data dialog opened for a pasted row (the time-series grid's) was cancelled: the paste
+    /// stops. Every paste clears it at its end.
     bool DialogCancelled() const;
     void SetDialogCancelled(bool AValue);
 
-    // --- Table look-up ---
-    // The row pair that brackets InValue in the monotonic column ACol: row2 is the later row and
-    // Intfactor the fraction of the way from row2 - 1 to row2 (limited to [0, 1] unless
-    // Extrapolate). Errors are shown in a message and give false.
+    /// --- Table look-up ---
+    /// The row pair that brackets InValue in the monotonic column ACol: row2 is the later row and
+    /// Intfactor the fraction of the way from row2 - 1 to row2 (limited to [0, 1] unless
+    /// Extrapolate). Errors are shown in a message and give false.
     bool GetInterpPars(int ACol, bool ascending, double InValue, int& row2, double& Intfactor);
     bool GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, int& row2, double& Intfactor);
-    // Column ACol's value at the bracket from GetInterpPars.
+    /// Column ACol's value at the bracket from GetInterpPars.
     bool GetInterpVal(int ACol, int row2, double Intfactor, double& Value);
-    // Outcol's value at InValue of Incol, through the parabola of three neighbouring rows.
+    /// Outcol's value at InValue of Incol, through the parabola of three neighbouring rows.
     bool GetQuadInterpVal(int Incol, int Outcol, bool ascending, double InValue, double& Value);
     bool GetQuadInterpVal(int Incol, int Outcol, TColumnOrder AColOrder, double InValue, double& Value);
-    // The sum of rows startrow..endrow (0 when endrow < startrow).
+    /// The sum of rows startrow..endrow (0 when endrow < startrow).
     double ColSum(int icol, int startrow, int endrow);
-    // Widens ColMin / ColMax by the column's values (base units when Scale, else as shown);
-    // ResetColMinMax starts from 1e20 / -1e20.
+    /// Widens ColMin / ColMax by the column's values (base units when Scale, else as shown);
+    /// ResetColMinMax starts from 1e20 / -1e20.
     void GetColMinMax(int icol, double& ColMin, double& ColMax, bool ResetColMinMax, bool Scale);
     TColumnOrder ColumnOrder(int ACol);
 
-    // --- Undo ---
-    // The grid's undo history, for a host's Edit menu (QUndoStack::createUndoAction).
+    /// --- Undo ---
+    /// The grid's undo history, for a host's Edit menu (QUndoStack::createUndoAction).
     QUndoStack* UndoStack() const;
-    // The menu the grid shows on a right click: Undo, Redo, Copy, Paste. A host may extend it
-    // (override contextMenuEvent and add to this menu); the caller owns it.
+    /// The menu the grid shows on a right click: Undo, Redo, Copy, Paste. A host may extend it
+    /// (override contextMenuEvent and add to this menu); the caller owns it.
     QMenu* createStandardContextMenu();
 
-    // --- Field contract ---
+    /// --- Field contract ---
     bool HasChanged() override;
     void SetCopyValue() override;
     void RestoreCopyValue() override;
@@ -300,24 +301,24 @@ public:
     void SetFormCreateVal() override;
     void ResetToFormCreateVal() override;
     bool GetReadOnly() const override;
-    // Sets ReadingFromStream for the duration of the read.
+    /// Sets ReadingFromStream for the duration of the read.
     void ReadfromStream(TReader& Reader) override;
-    // Reads counts, the unit systems and the cells but, as older readers did, not the string flags.
+    /// Reads counts, the unit systems and the cells but, as older readers did, not the string flags.
     void SkipfromStream(TReader& Reader) override;
     bool XmlValueChanged(TXmlNode ParentXmlNode) override;
     QVariant GetVariantValue() override;
     QString GetValueText() override;
     QString GetXMLValueText(TXmlNode ParentXmlNode) override;
-    // From another TNumGrid: counts and every cell's text, then CheckAllCells. Any other source
-    // raises EConvertError.
+    /// From another TNumGrid: counts and every cell's text, then CheckAllCells. Any other source
+    /// raises EConvertError.
     void Assign(const QObject* Source);
 
-    // --- Flags ---
+    /// --- Flags ---
     bool ConfirmDelete() const;
     void SetConfirmDelete(bool AValue);
     bool RowCountFixed() const;
     void SetRowCountFixed(bool AValue);
-    // Down on the last row appends a row (InsertRow).
+    /// Down on the last row appends a row (InsertRow).
     bool AutoAddRow() const;
     void SetAutoAddRow(bool AValue);
     bool InsertCopyRow() const;
@@ -350,11 +351,11 @@ public:
     void SetIgnoreRowCountRead(bool AValue);
     bool IgnoreColPropsRead() const;
     void SetIgnoreColPropsRead(bool AValue);
-    // True while InitCells runs, while a stream is read, between BeginUpdate and EndUpdate.
+    /// True while InitCells runs, while a stream is read, between BeginUpdate and EndUpdate.
     bool InitializingCells() const;
     bool ReadingFromStream() const;
 
-    // --- Events ---
+    /// --- Events ---
     TCellChangeEvent OnCellChange() const;
     void SetOnCellChange(TCellChangeEvent AEvent);
     TCellTxtChangeEvent OnCellTxtChange() const;
@@ -384,47 +385,47 @@ public:
     TCellChangeEvent AfterPaste() const;
     void SetAfterPaste(TCellChangeEvent AEvent);
 
-    // Set by OkChanges when the grid had changed; cleared by every read.
+    /// Set by OkChanges when the grid had changed; cleared by every read.
     using TFieldBase::ChangedAfterOK;
 
 Q_SIGNALS:
-    // The current cell moved (after OnCellChange).
+    /// The current cell moved (after OnCellChange).
     void currentCellChanged(int ACol, int ARow, int OldCol, int OldRow);
-    // A cell's text was changed by the user's edit (after OnCellTxtChange).
+    /// A cell's text was changed by the user's edit (after OnCellTxtChange).
     void cellTextChanged(int ACol, int ARow, const QString& OldTxt);
 
 protected:
-    // The column collection. The constructor calls the grid's own version; a descendant that
-    // returns its own column class calls RecreateColumns() at the end of its constructor.
+    /// The column collection. The constructor calls the grid's own version; a descendant that
+    /// returns its own column class calls RecreateColumns() at the end of its constructor.
     virtual TNumColumns* CreateColumns();
-    // Replaces the columns by CreateColumns(), one per grid column, and initialises the cells.
+    /// Replaces the columns by CreateColumns(), one per grid column, and initialises the cells.
     void RecreateColumns();
 
-    // Moves the current cell to (ACol, ARow) when the cell may be selected; false when it may not.
+    /// Moves the current cell to (ACol, ARow) when the cell may be selected; false when it may not.
     virtual bool SelectCell(int ACol, int ARow);
-    // Whether the in-place editor may open on the current cell.
+    /// Whether the in-place editor may open on the current cell.
     virtual bool CanEditShow() const;
     virtual bool CanEditModify() const;
-    // Called after the current cell moved, with the cell that was left.
+    /// Called after the current cell moved, with the cell that was left.
     virtual void CheckCellChange(int OldCol, int OldRow);
-    // Fires OnCellTxtChange when the cell's text differs from its text on entering.
+    /// Fires OnCellTxtChange when the cell's text differs from its text on entering.
     virtual void CheckCellTxtChange(int ACol, int ARow);
-    // After ColCount or RowCount changed (the time-series grid keeps its time row in step).
+    /// After ColCount or RowCount changed (the time-series grid keeps its time row in step).
     virtual void SizeChanged(int OldColCount, int OldRowCount);
-    // The grid's message text: Text + "\r\n" + "in " + the owner's name.
+    /// The grid's message text: Text + `"\r\n"` + "in " + the owner's name.
     QString GridMessage(const QString& Text) const;
-    // The owner's name as messages give it.
+    /// The owner's name as messages give it.
     QString OwnerName() const;
-    // True while a change of the counts re-initialises the grid.
+    /// True while a change of the counts re-initialises the grid.
     bool ResizingNumGrid() const;
 
-    // --- TFieldBase hooks ---
+    /// --- TFieldBase hooks ---
     void WriteStreamValue(TWriter& Writer) override;
     TApplyValue ReadStreamValue(TReader& Reader) override;
     void WriteXmlValue(TXmlNode Node) override;
     TApplyValue ReadXmlValue(TXmlNode Node) override;
 
-    // --- Qt ---
+    /// --- Qt ---
     bool event(QEvent* E) override;
     void paintEvent(QPaintEvent* E) override;
     void resizeEvent(QResizeEvent* E) override;
