@@ -5,6 +5,7 @@
 //   qxnum_demo --selftest DIR       round-trips every sample case in DIR through both formats
 //   qxnum_demo --print FILE         prints every field of a case
 //   qxnum_demo --save-new FILE      writes a new case
+//   qxnum_demo --screenshots DIR    renders the editor, its sections and the controls, light and dark
 #include "caseeditor.h"
 
 #include <qxnum/qxnum.h>
@@ -13,9 +14,11 @@
 #include <QCommandLineParser>
 #include <QDialog>
 #include <QDir>
+#include <QFormLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenuBar>
+#include <QPalette>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QVBoxLayout>
@@ -159,6 +162,101 @@ int SelfTest(const QString& Dir) {
     return Failures == 0 ? 0 : 1;
 }
 
+// The palette of a dark desktop theme.
+QPalette DarkPalette() {
+    QPalette P;
+    const QColor Window(45, 45, 48), Base(30, 30, 32), Text(225, 225, 225), Disabled(120, 120, 120);
+    P.setColor(QPalette::Window, Window);
+    P.setColor(QPalette::WindowText, Text);
+    P.setColor(QPalette::Base, Base);
+    P.setColor(QPalette::AlternateBase, Window);
+    P.setColor(QPalette::Text, Text);
+    P.setColor(QPalette::Button, Window);
+    P.setColor(QPalette::ButtonText, Text);
+    P.setColor(QPalette::ToolTipBase, Base);
+    P.setColor(QPalette::ToolTipText, Text);
+    P.setColor(QPalette::Highlight, QColor(42, 130, 218));
+    P.setColor(QPalette::HighlightedText, Qt::white);
+    P.setColor(QPalette::Light, QColor(70, 70, 74));
+    P.setColor(QPalette::Midlight, QColor(60, 60, 64));
+    P.setColor(QPalette::Mid, QColor(35, 35, 38));
+    P.setColor(QPalette::Dark, QColor(20, 20, 22));
+    for (QPalette::ColorRole R : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        P.setColor(QPalette::Disabled, R, Disabled);
+    return P;
+}
+
+// A picture is blank when it has a single colour: nothing was drawn.
+bool Blank(const QImage& Image) {
+    const QRgb First = Image.pixel(0, 0);
+    for (int Y = 0; Y < Image.height(); Y += 2)
+        for (int X = 0; X < Image.width(); X += 2)
+            if (Image.pixel(X, Y) != First) return false;
+    return true;
+}
+
+// Renders the editor, each section and a gallery of the controls, in a light and a dark palette,
+// into Dir as <name>-light.png and <name>-dark.png; 1 when a picture cannot be written or is blank.
+int Screenshots(const QString& Dir) {
+    QDir().mkpath(Dir);
+    const QPalette Light = QApplication::palette();
+    int Failures = 0;
+    for (const auto& [Theme, Palette] : {std::pair{"light", Light}, std::pair{"dark", DarkPalette()}}) {
+        QApplication::setPalette(Palette);
+        demo::TCaseEditor Editor;
+        std::vector<std::pair<QString, QWidget*>> Shots = {{QStringLiteral("editor"), &Editor}};
+        for (TFieldForm* S : Editor.Case().Sections())
+            Shots.emplace_back(S->IDstr().toLower(), S);
+        // The controls side by side, as a host places them.
+        QWidget Gallery;
+        auto* G = new QFormLayout(&Gallery);
+        auto* Edit = new TNumEdit(&Gallery);
+        Edit->SetParType(ptPower);
+        Edit->SetMax(1e8L);
+        Edit->SetValue(2.5e7L);
+        G->addRow(QObject::tr("TNumEdit"), Edit);
+        auto* Inp = new TNumInp(&Gallery);
+        Inp->SetParType(ptTemp);
+        Inp->SetMax(2000);
+        Inp->SetValue(288.15L);
+        Inp->SetNameLabelVisible(false);
+        G->addRow(QObject::tr("TNumInp"), Inp);
+        auto* Neg = new TNumEdit(&Gallery);
+        Neg->SetMin(-100);
+        Neg->SetValue(-12.5L);
+        G->addRow(QObject::tr("negative value"), Neg);
+        auto* Combo = new TComboBoxFld(&Gallery);
+        Combo->addItems({QStringLiteral("Jet A-1"), QStringLiteral("Diesel")});
+        G->addRow(QObject::tr("TComboBoxFld"), Combo);
+        auto* Check = new TCheckFld(&Gallery);
+        Check->setText(QObject::tr("TCheckFld"));
+        Check->setChecked(true);
+        G->addRow(QString(), Check);
+        auto* Nav = new TNumGridNavigator(&Gallery);
+        G->addRow(QObject::tr("TNumGridNavigator"), Nav);
+        auto* Off = new TNumGridNavigator(&Gallery);
+        Off->setEnabled(false);
+        G->addRow(QObject::tr("disabled"), Off);
+        Shots.emplace_back(QStringLiteral("controls"), &Gallery);
+        for (auto& [Name, W] : Shots) {
+            W->show();
+            QApplication::processEvents();
+            const QImage Image = W->grab().toImage();
+            W->hide();
+            const QString File =
+                QDir(Dir).filePath(QStringLiteral("%1-%2.png").arg(Name, QLatin1String(Theme)));
+            if (Blank(Image) || !Image.save(File)) {
+                std::fprintf(stderr, "screenshot %s: blank or not written\n", qPrintable(File));
+                ++Failures;
+            } else {
+                std::printf("%s\n", qPrintable(File));
+            }
+        }
+    }
+    QApplication::setPalette(Light);
+    return Failures == 0 ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -183,11 +281,17 @@ int main(int argc, char** argv) {
     QCommandLineOption Print(QStringLiteral("print"),
                              QStringLiteral("Read the case FILE and print its fields."),
                              QStringLiteral("FILE"));
+    QCommandLineOption Shots(
+        QStringLiteral("screenshots"),
+        QStringLiteral("Render the editor, its sections and the controls, light and dark, into DIR."),
+        QStringLiteral("DIR"));
     Parser.addOption(SaveNew);
     Parser.addOption(Print);
+    Parser.addOption(Shots);
     Parser.addPositionalArgument(QStringLiteral("case"), QStringLiteral("A case file to open."));
     Parser.process(App);
     if (Parser.isSet(Test)) return SelfTest(Parser.value(Test));
+    if (Parser.isSet(Shots)) return Screenshots(Parser.value(Shots));
     if (Parser.isSet(Print)) {
         // Every field as the editor lists it: section, name, value and unit.
         QWidget Owner;
