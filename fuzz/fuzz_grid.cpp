@@ -4,6 +4,8 @@
 #include <qxnum/dialogs.h>
 #include <qxnum/widgets/numgrid.h>
 
+#include "fuzz_widgets.h"
+
 #include <QApplication>
 #include <QBuffer>
 
@@ -13,20 +15,9 @@ using namespace qxnum;
 
 namespace {
 
-void Check(bool Ok) {
-    if (!Ok) std::abort();
-}
-
 QApplication& App() {
-    static int Argc = 1;
-    static char Name[] = "fuzz_grid";
-    static char* Argv[] = {Name, nullptr};
-    static QApplication* A = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        SetMessageDlgHandler([](const QString&, TMsgDlgType, TMsgDlgButtons) { return mrOk; });
-        return new QApplication(Argc, Argv);
-    }();
-    return *A;
+    return fuzz::App("fuzz_grid",
+                     [](const QString&, TMsgDlgType, TMsgDlgButtons) { return static_cast<int>(mrOk); });
 }
 
 QStringList Snapshot(TNumGrid& G) {
@@ -41,11 +32,6 @@ QStringList Snapshot(TNumGrid& G) {
 }
 
 } // namespace
-
-// Font configuration keeps caches for the life of the process; they are not the grid's.
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libfontconfig\n";
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
     App();
@@ -91,8 +77,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
     } catch (const EXmlError&) {
         Failed = true;
     }
-    if (Failed || (Mode & 3) == 1) Check(Snapshot(Grid) == Before);
-    Check(!Grid.ReadingFromStream());
+    if (Failed || (Mode & 3) == 1) fuzz::Check(Snapshot(Grid) == Before);
+    fuzz::Check(!Grid.ReadingFromStream());
     // Whatever was read can be written again.
     QBuffer Out;
     Out.open(QIODevice::WriteOnly);

@@ -6,6 +6,8 @@
 #include <qxnum/widgets/numgrid.h>
 #include <qxnum/widgets/timeseriesgrid.h>
 
+#include "fuzz_widgets.h"
+
 #include <QApplication>
 #include <QClipboard>
 #include <QUndoStack>
@@ -17,24 +19,12 @@ using namespace qxnum;
 
 namespace {
 
-void Check(bool Ok) {
-    if (!Ok) std::abort();
-}
-
 int Answer = mrNo;
 
 QApplication& App() {
-    static int Argc = 1;
-    static char Name[] = "fuzz_paste";
-    static char* Argv[] = {Name, nullptr};
-    static QApplication* A = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        SetMessageDlgHandler([](const QString&, TMsgDlgType, TMsgDlgButtons Buttons) {
-            return Buttons == mbYesNoCancel ? Answer : static_cast<int>(mrOk);
-        });
-        return new QApplication(Argc, Argv);
-    }();
-    return *A;
+    return fuzz::App("fuzz_paste", [](const QString&, TMsgDlgType, TMsgDlgButtons Buttons) {
+        return Buttons == mbYesNoCancel ? Answer : static_cast<int>(mrOk);
+    });
 }
 
 std::vector<QStringList> Rows(TNumGrid& G) {
@@ -45,11 +35,6 @@ std::vector<QStringList> Rows(TNumGrid& G) {
 }
 
 } // namespace
-
-// Font configuration keeps caches for the life of the process; they are not the grid's.
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libfontconfig\n";
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
     App();
@@ -83,18 +68,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
         QString::fromUtf8(reinterpret_cast<const char*>(Data + 1), static_cast<qsizetype>(Size - 1)));
     Grid->PasteFromClipboard();
 
-    Check(!Grid->PastingOrCopying());
-    Check(!Grid->DialogCancelled());
-    Check(Grid->RowCount() <= std::max(RowsBefore, 10002));
-    Check(Grid->UndoStack()->count() <= 1);
+    fuzz::Check(!Grid->PastingOrCopying());
+    fuzz::Check(!Grid->DialogCancelled());
+    fuzz::Check(Grid->RowCount() <= std::max(RowsBefore, 10002));
+    fuzz::Check(Grid->UndoStack()->count() <= 1);
     const std::vector<QStringList> After = Rows(*Grid);
     if (Grid->UndoStack()->count() == 1) {
         Grid->UndoStack()->undo();
-        Check(Rows(*Grid) == Before);
+        fuzz::Check(Rows(*Grid) == Before);
         Grid->UndoStack()->redo();
-        Check(Rows(*Grid) == After);
+        fuzz::Check(Rows(*Grid) == After);
     } else {
-        Check(After == Before);
+        fuzz::Check(After == Before);
     }
     return 0;
 }

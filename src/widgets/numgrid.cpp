@@ -45,6 +45,15 @@ QString TNumGridPrivate::OwnerName() const {
     return Tr("(no name)");
 }
 
+double TNumGridPrivate::QuietValue(int C, int R) const {
+    TNumColumn* Column = FColumns->Items(C);
+    if (!Column) throw EConvertError(Tr("Column nr. %1 does not exist").arg(C));
+    const QString Text = q->Cells(C, R);
+    Extended V = 0.0L;
+    if (!Text.isEmpty()) Column->SetValuefromStr(R, Text, V, true);
+    return static_cast<double>(V);
+}
+
 // ---- construction ------------------------------------------------------------------------------------
 
 TNumGrid::TNumGrid(QWidget* Owner) : QAbstractScrollArea(Owner), TFieldBase(this, new TNumGridPrivate(this)) {
@@ -658,6 +667,19 @@ void TNumGrid::CheckCellTxtChange(int ACol, int ARow) {
     const QString Old = D->OldCelltxt;
     if (D->FOnCellTxtChange) D->FOnCellTxtChange(this, ACol, ARow, Old);
     Q_EMIT cellTextChanged(ACol, ARow, Old);
+}
+
+bool TNumGrid::DialogCancelled() const {
+    return Priv()->DialogCancelled;
+}
+void TNumGrid::SetDialogCancelled(bool AValue) {
+    Priv()->DialogCancelled = AValue;
+}
+bool TNumGrid::ResizingNumGrid() const {
+    return Priv()->ResizingNumGrid;
+}
+QString TNumGrid::OwnerName() const {
+    return Priv()->OwnerName();
 }
 
 QString TNumGrid::GridMessage(const QString& Text) const {

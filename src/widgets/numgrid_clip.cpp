@@ -138,19 +138,6 @@ bool TNumGrid::PastingOrCopying() const {
     return Priv()->Pasting_or_Copying;
 }
 
-bool TNumGrid::DialogCancelled() const {
-    return Priv()->DialogCancelled;
-}
-void TNumGrid::SetDialogCancelled(bool AValue) {
-    Priv()->DialogCancelled = AValue;
-}
-bool TNumGrid::ResizingNumGrid() const {
-    return Priv()->ResizingNumGrid;
-}
-QString TNumGrid::OwnerName() const {
-    return Priv()->OwnerName();
-}
-
 void TNumGrid::PasteFromClipboard() {
     TNumGridPrivate* D = Priv();
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);

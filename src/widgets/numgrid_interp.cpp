@@ -20,15 +20,17 @@ QString Tr(const char* Source) {
     return QCoreApplication::translate("TNumGrid", Source);
 }
 
-// A cell's value in base units. Unlike GetDValues it reports nothing and rewrites nothing: a text
-// that is no number raises, and the look-up's own message says what failed.
 double LookupValue(TNumGrid* G, int C, int R) {
-    TNumColumn* Column = G->Columns()->Items(C);
-    if (!Column) throw EConvertError(QStringLiteral("column %1").arg(C));
-    const QString Text = G->Cells(C, R);
-    Extended V = 0.0L;
-    if (!Text.isEmpty()) Column->SetValuefromStr(R, Text, V, true);
-    return static_cast<double>(V);
+    return TNumGridPrivate::Of(G)->QuietValue(C, R);
+}
+
+// The look-up's messages: one error box; the caller returns false.
+bool Report(const QString& Msg) {
+    MessageDlg(Msg, mtError, mbOK);
+    return false;
+}
+QString ColumnText(const char* Text, int Col) {
+    return Tr(Text) + QString::number(Col);
 }
 
 bool IsStringCol(TNumGrid* G, int C) {
@@ -44,9 +46,7 @@ bool TNumGrid::GetInterpPars(int ACol, bool ascending, double InValue, int& row2
 
 bool TNumGrid::GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, int& row2, double& Intfactor) {
     if (IsStringCol(this, ACol)) {
-        MessageDlg(GridMessage(Tr("Cannot interpolate in non-numerical column nr.") + QString::number(ACol)),
-                   mtError, mbOK);
-        return false;
+        return Report(GridMessage(ColumnText("Cannot interpolate in non-numerical column nr.", ACol)));
     }
     const int Fixed = FixedRows();
     // Fewer than two data rows: nothing to bracket, and that counts as success.
@@ -85,17 +85,13 @@ bool TNumGrid::GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, i
         Intfactor = f;
         return true;
     } catch (const std::exception&) {
-        MessageDlg(GridMessage(Tr("Exception error interpolating column nr.") + QString::number(ACol)),
-                   mtError, mbOK);
-        return false;
+        return Report(GridMessage(ColumnText("Exception error interpolating column nr.", ACol)));
     }
 }
 
 bool TNumGrid::GetInterpVal(int ACol, int row2, double Intfactor, double& Value) {
     if (IsStringCol(this, ACol)) {
-        MessageDlg(GridMessage(Tr("Cannot interpolate in non-numerical column nr.") + QString::number(ACol)),
-                   mtError, mbOK);
-        return false;
+        return Report(GridMessage(ColumnText("Cannot interpolate in non-numerical column nr.", ACol)));
     }
     try {
         if (RowCount() == FixedRows() + 1) {
@@ -109,9 +105,7 @@ bool TNumGrid::GetInterpVal(int ACol, int row2, double Intfactor, double& Value)
         Value = v;
         return true;
     } catch (const std::exception&) {
-        MessageDlg(GridMessage(Tr("Exception error interpolating column nr.") + QString::number(ACol)),
-                   mtError, mbOK);
-        return false;
+        return Report(GridMessage(ColumnText("Exception error interpolating column nr.", ACol)));
     }
 }
 
@@ -122,8 +116,7 @@ bool TNumGrid::GetQuadInterpVal(int Incol, int Outcol, bool ascending, double In
 bool TNumGrid::GetQuadInterpVal(int Incol, int Outcol, TColumnOrder AColOrder, double InValue,
                                 double& Value) {
     if (IsStringCol(this, Incol) || IsStringCol(this, Outcol)) {
-        MessageDlg(Tr("Cannot interpolate in non-numerical column\r\nin ") + OwnerName(), mtError, mbOK);
-        return false;
+        return Report(Tr("Cannot interpolate in non-numerical column\r\nin ") + OwnerName());
     }
     const int Fixed = FixedRows();
     try {
@@ -132,9 +125,7 @@ bool TNumGrid::GetQuadInterpVal(int Incol, int Outcol, TColumnOrder AColOrder, d
             return true;
         }
     } catch (const std::exception&) {
-        MessageDlg(GridMessage(Tr("Exception error quadr. interp. column nr.") + QString::number(Outcol)),
-                   mtError, mbOK);
-        return false;
+        return Report(GridMessage(ColumnText("Exception error quadr. interp. column nr.", Outcol)));
     }
     int row2 = 0;
     double f = 0.0;
@@ -156,9 +147,7 @@ bool TNumGrid::GetQuadInterpVal(int Incol, int Outcol, TColumnOrder AColOrder, d
         Value = (A * x + B) * x + C;
         return true;
     } catch (const std::exception&) {
-        MessageDlg(GridMessage(Tr("Exception error quadr. interp. column nr.") + QString::number(Outcol)),
-                   mtError, mbOK);
-        return false;
+        return Report(GridMessage(ColumnText("Exception error quadr. interp. column nr.", Outcol)));
     }
 }
 

@@ -144,6 +144,9 @@ public:
 
     // The owning form or frame (for messages).
     QString OwnerName() const;
+    // A cell's value in base units, as GetDValues reads it but without its message and reformat:
+    // text that is no number raises (the table look-up and the time row report for themselves).
+    double QuietValue(int C, int R) const;
 
     static TNumGridPrivate* Of(TNumGrid* G) { return G->Priv(); }
 

@@ -281,8 +281,7 @@ void TNumGridNavigator::EditingChanged() {
         B->setEnabled(isEnabled());
 }
 void TNumGridNavigator::ActiveChanged() {
-    for (TNumgButton* B : d->Buttons)
-        B->setEnabled(isEnabled());
+    EditingChanged(); // the same rule: every button follows the navigator
 }
 void TNumGridNavigator::DataChanged() {}
 

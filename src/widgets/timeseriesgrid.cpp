@@ -74,13 +74,12 @@ void TTimeSeriesGrid::SetTimeRowtoRow(int irow) {
             TimeRowStrings[static_cast<size_t>(C)] = Cells(C, irow);
         } else if (ResizingNumGrid()) {
             // The table is being reshaped (or read): no message about a cell it is about to fill.
-            Extended V = 0.0L;
+            double V = 0.0;
             try {
-                if (!Cells(C, irow).isEmpty()) Column->SetValuefromStr(irow, Cells(C, irow), V, true);
+                V = TNumGridPrivate::Of(this)->QuietValue(C, irow);
             } catch (const std::exception&) {
-                V = 0.0L;
             }
-            TimeRow[static_cast<size_t>(C)] = static_cast<double>(V);
+            TimeRow[static_cast<size_t>(C)] = V;
         } else {
             TimeRow[static_cast<size_t>(C)] = static_cast<double>(GetDValues(C, irow));
         }

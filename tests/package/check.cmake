@@ -5,18 +5,7 @@
 file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 
-function(run what)
-  # A bounded wait: a program stuck in a modal dialog fails here instead of at the test's timeout.
-  execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE out TIMEOUT 240)
-  if(rc)
-    message(FATAL_ERROR "${what} failed (${rc}):\n${out}")
-  endif()
-endfunction()
-
-# Runs a program as a host would start it, without the help of LD_LIBRARY_PATH.
-function(run_bare what)
-  run("${what}" ${CMAKE_COMMAND} -E env --unset=LD_LIBRARY_PATH QT_QPA_PLATFORM=offscreen ${ARGN})
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 
 run("install" ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 
