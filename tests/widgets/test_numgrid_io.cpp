@@ -11,6 +11,7 @@
 #include <qxnum/widgets/fields.h>
 
 #include <QBuffer>
+#include <QFile>
 #include <QUndoStack>
 #include <QWidget>
 #include <gtest/gtest.h>
@@ -599,6 +600,52 @@ TEST_F(GridIoTest, ColumnPropertiesAreCheckedOnlyWhenTaken) {
     Grid->SetStoreParTypes(true);
     ASSERT_NO_THROW(Grid->ReadFromXML(Doc.Root()));
     EXPECT_TRUE(Grid->Columns()->Items(1)->StringCol());
+}
+
+// The fuzz target's seeds for the cases above are the grid's own output, led by the target's mode
+// byte (0 read, 1 skip, 2 XML; bit 7: a column collection one item short). QXNUM_WRITE_SEEDS=1
+// writes them afresh; otherwise the committed files must be what the grid writes today.
+TEST_F(GridIoTest, FuzzSeedsAreTheGridsOwnOutput) {
+    const auto Record = [](const std::function<void(TNumGrid&)>& Shape) {
+        TNumGrid G;
+        Shape(G);
+        return WriteRecord(G);
+    };
+    const auto Xml = [](const std::function<void(TNumGrid&)>& Shape) {
+        TNumGrid G;
+        Shape(G);
+        TXmlDocument Doc;
+        G.WriteToXML(Doc.CreateRoot(QStringLiteral("g")));
+        return Doc.SaveToBytes();
+    };
+    const auto Flags = [](TNumGrid& G) {
+        G.SetRowCount(3);
+        G.Columns()->Items(3)->SetStringCol(true);
+        G.Columns()->Items(4)->SetUnitSystem(usImperial);
+    };
+    const auto NoRows = [](TNumGrid& G) { G.SetRowCount(0); };
+    const auto NoCols = [](TNumGrid& G) { G.SetColCount(0); };
+    const std::pair<const char*, QByteArray> Seeds[] = {
+        {"stream-short-collection", QByteArray(1, '\x80') + Record(Flags)},
+        {"stream-no-rows", QByteArray(1, '\0') + Record(NoRows)},
+        {"stream-no-columns", QByteArray(1, '\0') + Record(NoCols)},
+        {"skip-string-flags", QByteArray(1, '\1') + Record(Flags) + Bytes().Str("next").B},
+        {"skip-no-rows", QByteArray(1, '\1') + Record(NoRows) + Bytes().Str("next").B},
+        {"xml-no-rows", QByteArray(1, '\2') + Xml(NoRows)},
+        {"xml-no-columns", QByteArray(1, '\2') + Xml(NoCols)},
+    };
+    const QString Dir = QStringLiteral(QT_TESTCASE_SOURCEDIR "/../fuzz/corpus/fuzz_grid/");
+    const bool Write = qEnvironmentVariableIntValue("QXNUM_WRITE_SEEDS") == 1;
+    for (const auto& [Name, Data] : Seeds) {
+        QFile F(Dir + QString::fromLatin1(Name));
+        if (Write) {
+            ASSERT_TRUE(F.open(QIODevice::WriteOnly)) << Name;
+            F.write(Data);
+        } else {
+            ASSERT_TRUE(F.open(QIODevice::ReadOnly)) << Name;
+            EXPECT_EQ(F.readAll(), Data) << Name;
+        }
+    }
 }
 
 } // namespace
