@@ -1,6 +1,7 @@
 // The grid's readers over arbitrary bytes. The first byte picks the medium (stream record, XML
-// content, or the stream skip) and a few reading flags. Every read either succeeds or raises
-// EReadError / EConvertError / EXmlError, and a read that raises leaves the grid as it was.
+// content, or the stream skip), a few reading flags and (bit 7) a column collection one item
+// shorter than the grid, as a host that removed a column leaves it. Every read either succeeds or
+// raises EReadError / EConvertError / EXmlError, and a read that raises leaves the grid as it was.
 #include <qxnum/dialogs.h>
 #include <qxnum/widgets/numgrid.h>
 
@@ -46,6 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
     Grid.SetReadColTitlesFromStream(Mode & 32);
     Grid.SetStoreParTypes(Mode & 64);
     Grid.Columns()->Items(1)->SetParType(ptPress);
+    if (Mode & 128) Grid.Columns()->Delete(Grid.Columns()->Count() - 1);
     Grid.SetCells(1, 1, QStringLiteral("1.5"));
     const QStringList Before = Snapshot(Grid);
     bool Failed = false;

@@ -144,8 +144,9 @@ void TNumGrid::SetColCount(int AValue) {
     TNumGridPrivate* D = Priv();
     AValue = std::max(AValue, 0);
     if (AValue == ColCount()) return;
-    D->ShapeChanged();
+    // Refused before the history goes: a refused count changes nothing.
     CheckCellCount(AValue, RowCount());
+    D->ShapeChanged();
     const int OldCols = ColCount();
     D->Store.Resize(AValue, RowCount());
     D->FFixedCols = std::min(D->FFixedCols, std::max(AValue - 1, 0));
@@ -167,8 +168,9 @@ void TNumGrid::SetRowCount(int AValue) {
     TNumGridPrivate* D = Priv();
     AValue = std::max(AValue, 0);
     if (AValue == RowCount()) return;
-    D->ShapeChanged();
+    // Refused before the history goes: a refused count changes nothing.
     CheckCellCount(ColCount(), AValue);
+    D->ShapeChanged();
     const int OldRows = RowCount();
     D->Store.Resize(ColCount(), AValue);
     D->FFixedRows = std::min(D->FFixedRows, std::max(AValue - 1, 0));
@@ -523,6 +525,8 @@ bool TNumGrid::CheckCell(int ACol, int ARow) {
     if (!Column) return true;
     if (Column->Priv()->FStringCol || Column->Priv()->FOnExprCheckVariable) return true;
     Extended V = 0.0L;
+    // A read keeps text that holds no number (or nothing) as it was read (deliberate deviation 11).
+    if (Priv()->KeepReadTexts && !TryQX_StrToFloat(Cells(ACol, ARow), V)) return true;
     return GetValueFromCell(ACol, ARow, V, true);
 }
 

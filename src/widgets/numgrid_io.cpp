@@ -1,8 +1,9 @@
 // The grid's files: the XML content and the stream record of the field contract.
 //
 // Both readers parse and check the whole section before the grid changes (TFieldBase runs the
-// returned action only after everything has been read), so a failed read leaves the grid as it
-// was. Every count from a file is bounded before anything is allocated for it.
+// returned action only after everything has been read), and the action itself runs as one unit
+// (ApplyRead), so a failed read leaves the grid and its undo history as they were. Every count
+// from a file is bounded before anything is allocated for it.
 #include "numcolumn_p.h"
 #include "numgrid_p.h"
 
@@ -39,8 +40,96 @@ QString RowName(int Row, int Width) {
     return QStringLiteral("Row%1").arg(Row, Width, 10, QLatin1Char('0'));
 }
 
+// Entries of a "Cols" list: an empty text has none (a grid without columns writes it so).
+QStringList ColumnEntries(const QString& Text) {
+    return Text.isEmpty() ? QStringList() : Text.split(Delimiter);
+}
+
+// The caption a title cell stands for: the grid adds the unit line itself (TitleString), so a
+// title read back without taking it off would gain the line once more with every round trip.
+QString CaptionOfTitle(const QString& Title, const QString& Unit) {
+    if (Unit.isEmpty()) return Title;
+    if (Title == Unit) return QString();
+    if (Title.endsWith(LineBreak + Unit)) return Title.left(Title.size() - Unit.size() - LineBreak.size());
+    return Title;
+}
+
 int RowNameWidth(int RowCount) {
     return RowCount > 0 ? static_cast<int>(std::floor(std::log10(static_cast<double>(RowCount)))) + 1 : 1;
+}
+
+} // namespace
+
+// ---- applying a read -----------------------------------------------------------------------------------
+
+void TNumGridPrivate::ApplyRead(const std::function<void()>& Apply) {
+    struct TColumnState {
+        TParType ParType;
+        TUnitSystem UnitSystem;
+        bool StringCol;
+        QString Caption;
+    };
+    const TCellStore Saved = Store;
+    const int FixedRows = FFixedRows, FixedCols = FFixedCols, SavedCol = FCol, SavedRow = FRow;
+    std::vector<TColumnState> Columns;
+    for (int C = 0; C < FColumns->Count(); ++C) {
+        const TNumColumn* Column = FColumns->Items(C);
+        const TNumColumnPrivate* P = Column->Priv();
+        Columns.push_back({P->FParType, P->FUnitSystem, P->FStringCol, Column->Title()->Caption()});
+    }
+    // The history stays while the step runs (no shape change clears it) and goes when it is done.
+    ++UndoDepth;
+    KeepReadTexts = true;
+    try {
+        Apply();
+    } catch (...) {
+        KeepReadTexts = false;
+        // Columns the step removed come back with their defaults; those it added go again.
+        FColumns->BeginUpdate();
+        while (FColumns->Count() > static_cast<int>(Columns.size()))
+            FColumns->Delete(FColumns->Count() - 1);
+        while (FColumns->Count() < static_cast<int>(Columns.size()))
+            FColumns->Add();
+        FColumns->EndUpdate();
+        for (size_t C = 0; C < Columns.size(); ++C) {
+            TNumColumn* Column = FColumns->Items(static_cast<int>(C));
+            TNumColumnPrivate* P = Column->Priv();
+            P->FParType = Columns[C].ParType;
+            P->FUnitSystem = Columns[C].UnitSystem;
+            P->FStringCol = Columns[C].StringCol;
+            Column->Title()->SetCaption(Columns[C].Caption);
+        }
+        const int Cols = Store.ColCount(), Rows = Store.RowCount();
+        Store = Saved;
+        FFixedRows = FixedRows;
+        FFixedCols = FixedCols;
+        FCol = SavedCol;
+        FRow = SavedRow;
+        try {
+            q->SizeChanged(Cols, Rows);
+        } catch (...) {
+            // What raised in the step raises again here; the step's error is the one reported.
+        }
+        LayoutChanged();
+        CellsChanged();
+        --UndoDepth;
+        throw;
+    }
+    KeepReadTexts = false;
+    --UndoDepth;
+    if (Undo) Undo->clear();
+}
+
+namespace {
+
+// Shrinks first and then grows, in the medium's order of the counts, so that no size on the way
+// is larger than the grid before or after the read: a read within the cell limit never meets it.
+void SetCountsForRead(TNumGrid& G, int Cols, int Rows, bool RowsFirst) {
+    if (Rows < G.RowCount()) G.SetRowCount(Rows);
+    if (Cols < G.ColCount()) G.SetColCount(Cols);
+    if (RowsFirst) G.SetRowCount(Rows);
+    G.SetColCount(Cols);
+    G.SetRowCount(Rows);
 }
 
 } // namespace
@@ -145,7 +234,7 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
     auto Props = std::make_shared<TColProps>();
     const TXmlNode Cols = Node.NodeByName(QStringLiteral("Cols"));
     if (!D->FIgnoreColPropsRead && !Cols.IsNull()) {
-        auto Entries = [&](const QString& Name) { return Cols.ReadString(Name).split(Delimiter); };
+        auto Entries = [&](const QString& Name) { return ColumnEntries(Cols.ReadString(Name)); };
         const TXmlNode P = Cols.NodeByName(QStringLiteral("ParTypes"));
         if (!P.IsNull() && D->FStoreParTypes)
             for (const QString& E : Entries(QStringLiteral("ParTypes")))
@@ -187,50 +276,54 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
                 XmlConvertError(
                     QStringLiteral("Rows"),
                     Tr("%1 names a row outside the %2 rows of the grid").arg(Name.left(40)).arg(NewRows));
-            QString Text = N.ValueAsString();
-            if (Text.contains(LineBreakRef)) Text.replace(LineBreakRef, LineBreak);
-            RowTexts->push_back({R, std::move(Text)});
+            RowTexts->push_back({R, N.ValueAsString()});
         }
     }
 
     return [this, NewCols, NewRows, Props, RowTexts] {
         TNumGridPrivate* const GD = Priv();
-        if (GD->Undo) GD->Undo->clear();
-        SetColCount(NewCols);
-        SetRowCount(NewRows);
-        TNumColumns* Columns = GD->FColumns;
-        const int NC = std::min(ColCount(), Columns->Count());
-        for (int C = 0; C < NC; ++C) {
-            TNumColumnPrivate* P = Columns->Items(C)->Priv();
-            const auto I = static_cast<size_t>(C);
-            if (I < Props->ParTypes.size()) P->FParType = static_cast<TParType>(Props->ParTypes[I]);
-            if (I < Props->Units.size()) P->FUnitSystem = static_cast<TUnitSystem>(Props->Units[I]);
-            if (I < Props->StringCols.size()) P->FStringCol = Props->StringCols[I] != 0;
-        }
-        bool Titles = false;
-        for (const TRowText& T : *RowTexts) {
-            const bool Data = T.Row >= GD->FFixedRows;
-            if (!Data && !(T.Row == 0 && GD->FReadColTitlesFromStream)) continue;
-            auto& Row = GD->Store.Row(T.Row);
-            const QStringView Text(T.Text);
-            qsizetype Start = 0;
-            for (int C = 0; C < ColCount(); ++C) {
-                QString Entry;
-                if (Start <= Text.size()) {
-                    qsizetype End = Text.indexOf(Delimiter, Start);
-                    if (End < 0) End = Text.size();
-                    Entry = Text.mid(Start, End - Start).toString();
-                    Start = End + 1;
-                }
-                if (Data)
-                    Row[static_cast<size_t>(C)] = std::move(Entry);
-                else if (C < NC)
-                    Columns->Items(C)->Title()->d->FCaption = std::move(Entry);
+        GD->ApplyRead([&] {
+            SetCountsForRead(*this, NewCols, NewRows, false);
+            TNumColumns* Columns = GD->FColumns;
+            const int NC = std::min(ColCount(), Columns->Count());
+            for (int C = 0; C < NC; ++C) {
+                TNumColumnPrivate* P = Columns->Items(C)->Priv();
+                const auto I = static_cast<size_t>(C);
+                if (I < Props->ParTypes.size()) P->FParType = static_cast<TParType>(Props->ParTypes[I]);
+                if (I < Props->Units.size()) P->FUnitSystem = static_cast<TUnitSystem>(Props->Units[I]);
+                if (I < Props->StringCols.size()) P->FStringCol = Props->StringCols[I] != 0;
             }
-            Titles = Titles || !Data;
-        }
-        if (Titles) ResetTitles();
-        GD->CellsChanged();
+            bool Titles = false;
+            for (const TRowText& T : *RowTexts) {
+                const bool Data = T.Row >= GD->FFixedRows;
+                if (!Data && !(T.Row == 0 && GD->FReadColTitlesFromStream)) continue;
+                auto& Row = GD->Store.Row(T.Row);
+                // Data entries are stored as they stand; only the title row turns the characters
+                // of a line-break reference back into the line break (before the split, since
+                // they hold the delimiter).
+                const QString Title = Data ? QString() : QString(T.Text).replace(LineBreakRef, LineBreak);
+                const QStringView Text(Data ? T.Text : Title);
+                qsizetype Start = 0;
+                for (int C = 0; C < ColCount(); ++C) {
+                    QString Entry;
+                    if (Start <= Text.size()) {
+                        qsizetype End = Text.indexOf(Delimiter, Start);
+                        if (End < 0) End = Text.size();
+                        Entry = Text.mid(Start, End - Start).toString();
+                        Start = End + 1;
+                    }
+                    if (Data) {
+                        Row[static_cast<size_t>(C)] = std::move(Entry);
+                    } else if (C < NC) {
+                        TNumColumn* Column = Columns->Items(C);
+                        Column->Title()->d->FCaption = CaptionOfTitle(Entry, Column->UnitString());
+                    }
+                }
+                Titles = Titles || !Data;
+            }
+            if (Titles) ResetTitles();
+            GD->CellsChanged();
+        });
     };
 }
 
@@ -262,12 +355,32 @@ void TNumGrid::ReadCounts(TReader& Reader, int& Rows, int& Cols) const {
                          At);
 }
 
+namespace {
+
+// How many string flags a record holds at most. Reading does not rely on the counts, but with no
+// cells in the record nothing but Visible and Enabled follows the flags, and they must not be
+// taken for flags: then the record holds exactly one flag per column.
+int FlagRunLimit(int Rows, int Cols) {
+    return Rows == 0 || Cols == 0 ? std::min(Cols, MaxRun) : MaxRun;
+}
+
+} // namespace
+
 TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
     TNumGridPrivate* D = Priv();
     int Rows = 0, Cols = 0;
+    const qint64 Start = Reader.Position();
     ReadCounts(Reader, Rows, Cols);
     const int NewRows = D->FIgnoreRowCountRead ? RowCount() : Rows;
     const int NewCols = D->FIgnoreColCountRead ? ColCount() : Cols;
+    // The counts kept from the grid may meet the stored ones beyond the limit.
+    if (std::max<qint64>(NewRows, 1) * std::max<qint64>(NewCols, 1) > MaxCellCount())
+        throw EReadError(Tr("Grid %1: %2 rows and %3 columns are beyond the limit of %4 cells")
+                             .arg(GetIDstring())
+                             .arg(NewRows)
+                             .arg(NewCols)
+                             .arg(MaxCellCount()),
+                         Start);
     const int FillRows = std::min(Rows, NewRows);
     const int FillCols = std::min(Cols, NewCols);
     // Fixed rows as they will be once the counts are set.
@@ -278,11 +391,13 @@ TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
     while (IsIntegerTag(Reader.NextValue()) && Units->size() < MaxRun) {
         const qint64 At = Reader.Position();
         const int U = Reader.ReadInteger();
-        if (U != usSI && U != usImperial)
+        // A unit system the grid cannot hold matters only when the column properties are taken.
+        if (!D->FIgnoreColPropsRead && U != usSI && U != usImperial)
             throw EReadError(Tr("Grid %1: %2 is not a unit system").arg(GetIDstring()).arg(U), At);
         Units->push_back(U);
     }
-    while ((Reader.NextValue() == vaFalse || Reader.NextValue() == vaTrue) && Strings->size() < MaxRun)
+    const auto Flags = static_cast<size_t>(FlagRunLimit(Rows, Cols));
+    while ((Reader.NextValue() == vaFalse || Reader.NextValue() == vaTrue) && Strings->size() < Flags)
         Strings->push_back(Reader.ReadBoolean());
 
     // Cells in row order; title rows are read and dropped, or not read at all when the titles come
@@ -302,57 +417,82 @@ TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
         for (int C = FillCols; C < Cols; ++C)
             Reader.ReadString();
     }
-    for (int R = FillRows; R < Rows; ++R)
-        Reader.ReadString(); // one string per further row
+    // One string per further row; a record without columns holds none.
+    if (Cols > 0)
+        for (int R = FillRows; R < Rows; ++R)
+            Reader.ReadString();
 
     return [this, NewRows, NewCols, FillCols, Fixed, Units, Strings, Texts = std::move(Cells)] {
         TNumGridPrivate* const GD = Priv();
-        if (GD->Undo) GD->Undo->clear();
-        SetRowCount(NewRows);
-        SetColCount(NewCols);
-        TNumColumns* Columns = GD->FColumns;
-        if (!GD->FIgnoreColPropsRead) {
-            for (int C = 0; C < std::min(static_cast<int>(GD->FColFormats.size()), Columns->Count()); ++C)
-                Columns->Items(C)->Priv()->FStringCol =
-                    GD->FColFormats[C].toUpper().contains(QLatin1String("STRING"));
-            for (size_t C = 0; C < Units->size() && static_cast<int>(C) < FillCols; ++C)
-                Columns->Items(static_cast<int>(C))->Priv()->FUnitSystem =
-                    static_cast<TUnitSystem>((*Units)[C]);
-            for (size_t C = 0; C < Strings->size() && static_cast<int>(C) < FillCols; ++C)
-                Columns->Items(static_cast<int>(C))->Priv()->FStringCol = (*Strings)[C];
-        }
-        for (size_t I = 0; I < Texts->size(); ++I) {
-            auto& Row = GD->Store.Row(Fixed + static_cast<int>(I));
-            const auto& In = (*Texts)[I];
-            for (size_t C = 0; C < In.size() && C < Row.size(); ++C)
-                Row[C] = In[C];
-        }
-        if (GD->FReadColTitlesFromStream && Fixed > 0)
-            for (int C = 0; C < std::min(FillCols, Columns->Count()); ++C)
-                Columns->Items(C)->Title()->d->FCaption = this->Cells(C, 0);
-        GD->CellsChanged();
-        CheckAllCells();
+        GD->ApplyRead([&] {
+            SetCountsForRead(*this, NewCols, NewRows, true);
+            TNumColumns* Columns = GD->FColumns;
+            // The collection may hold fewer columns than the grid (a host removed some).
+            const int Described = std::min(FillCols, Columns->Count());
+            // Captions from the title cells as the grid shows them now, with the unit line it adds
+            // itself taken off before the unit systems change.
+            QStringList Captions;
+            if (GD->FReadColTitlesFromStream && Fixed > 0)
+                for (int C = 0; C < Described; ++C)
+                    Captions << CaptionOfTitle(this->Cells(C, 0), Columns->Items(C)->UnitString());
+            if (!GD->FIgnoreColPropsRead) {
+                for (int C = 0; C < std::min(static_cast<int>(GD->FColFormats.size()), Columns->Count()); ++C)
+                    Columns->Items(C)->Priv()->FStringCol =
+                        GD->FColFormats[C].toUpper().contains(QLatin1String("STRING"));
+                for (int C = 0; C < std::min(static_cast<int>(Units->size()), Described); ++C)
+                    Columns->Items(C)->Priv()->FUnitSystem =
+                        static_cast<TUnitSystem>((*Units)[static_cast<size_t>(C)]);
+                for (int C = 0; C < std::min(static_cast<int>(Strings->size()), Described); ++C)
+                    Columns->Items(C)->Priv()->FStringCol = (*Strings)[static_cast<size_t>(C)];
+            }
+            for (size_t I = 0; I < Texts->size(); ++I) {
+                auto& Row = GD->Store.Row(Fixed + static_cast<int>(I));
+                const auto& In = (*Texts)[I];
+                for (size_t C = 0; C < In.size() && C < Row.size(); ++C)
+                    Row[C] = In[C];
+            }
+            for (int C = 0; C < Captions.size(); ++C)
+                Columns->Items(C)->Title()->d->FCaption = Captions[C];
+            if (!Captions.isEmpty()) ResetTitles();
+            GD->CellsChanged();
+            CheckAllCells();
+        });
     };
 }
 
 void TNumGrid::ReadfromStream(TReader& Reader) {
+    // The base's sequence, with ReadingFromStream over before OnAfterRead fires.
     TNumGridPrivate* D = Priv();
+    ChangedAfterOK = false;
     D->ReadingFromStream = true;
     try {
-        TFieldBase::ReadfromStream(Reader);
+        const TApplyValue Apply = ReadStreamValue(Reader);
+        const bool Visible = Reader.ReadBoolean();
+        const bool Enabled = Reader.ReadBoolean();
+        Apply();
+        if (D->FStreamReadVisibleandEnabled) {
+            SetFieldVisible(Visible);
+            SetFieldEnabled(Enabled);
+        }
+        SetCopyValue();
     } catch (...) {
         D->ReadingFromStream = false;
         throw;
     }
     D->ReadingFromStream = false;
+    DoAfterRead();
 }
 
 void TNumGrid::SkipfromStream(TReader& Reader) {
-    // Deliberately leaves the run of string flags unread, as older readers did.
+    // Exactly what WritetoStream wrote, string flags included (deliberate deviation 10), so that a
+    // form reading past a grid it no longer has goes on with the next field.
     int Rows = 0, Cols = 0;
     ReadCounts(Reader, Rows, Cols);
     for (int N = 0; IsIntegerTag(Reader.NextValue()) && N < MaxRun; ++N)
         Reader.ReadInteger();
+    for (int N = 0, Flags = FlagRunLimit(Rows, Cols);
+         (Reader.NextValue() == vaFalse || Reader.NextValue() == vaTrue) && N < Flags; ++N)
+        Reader.ReadBoolean();
     const qint64 Count = qint64(Rows) * Cols;
     for (qint64 I = 0; I < Count; ++I)
         Reader.ReadString();

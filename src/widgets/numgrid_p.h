@@ -12,6 +12,7 @@ class QKeyEvent;
 class QPainter;
 class QUndoStack;
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -139,6 +140,14 @@ public:
     void ApplyUndo(int First, int Remove, const std::vector<std::vector<QString>>& Insert, QPoint Cell);
     // The table's shape was changed outside a recorded step: the history no longer fits it.
     void ShapeChanged();
+
+    // Runs the apply step of a read (numgrid_io.cpp): the history is cleared only once the step
+    // has succeeded; a step that raises puts back the cells, counts and read column fields and
+    // leaves the history as it was.
+    void ApplyRead(const std::function<void()>& Apply);
+    // Set while a read applies its cells: CheckCell keeps a numeric cell's text that holds no
+    // number as it was read (deliberate deviation 11).
+    bool KeepReadTexts = false;
 
     std::unique_ptr<TGridViewState, TGridViewStateDeleter> View;
 

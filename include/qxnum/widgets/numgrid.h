@@ -22,9 +22,34 @@
 ///   by row, Visible, Enabled. The stored text is what the cells show, with each column's unit
 ///   system, so the two always agree; reading restores the unit systems without converting.
 ///   Reads are all-or-nothing: the whole section is read and checked before the grid changes, so a
-///   read that raises (EReadError, EConvertError) leaves the grid as it was. Counts are bounded:
-///   more than MaxCellCount() cells, a negative count or a row name beyond the stored rows raise
-///   instead of allocating.
+///   read that raises (EReadError, EConvertError) leaves the grid, its columns and its undo history
+///   as they were. Counts are bounded: more than MaxCellCount() cells (also counting a count kept
+///   by IgnoreRowCountRead / IgnoreColCountRead), a negative count or a row name beyond the stored
+///   rows raise instead of allocating. A grid without rows or without columns reads back what it
+///   wrote in both media (an empty "Units" or "StringCols" holds no entries; in a stream record
+///   without cells the string flags are one per column, so Visible and Enabled stay themselves).
+///   A unit system other than 0 or 1 in a stream raises only when IgnoreColPropsRead is off.
+///   XML row texts are split at ';' and stored as they stand; only the title row taken with
+///   ReadColTitlesFromStream turns "&#13;&#10;" back into a line break. Titles read (from the
+///   file's title row in XML, from the grid's own title cells in a stream) become captions without
+///   the unit line the grid adds itself, so round trips do not stack unit lines.
+///
+///   Unlike the original layout, SkipfromStream consumes exactly what WritetoStream wrote, string
+///   flags included, so a form reading past a grid it no longer has goes on with the next field
+///   (deliberate deviation 10).
+///
+///   Unlike the original, a read keeps a numeric cell whose text is no number, or is empty, as it
+///   was read instead of turning it into 0 (deliberate deviation 11); numbers are still checked,
+///   clamped and reformatted (the stream read checks every cell, the XML read none). Such a cell
+///   stays as it is until something checks it: GetDValues, GetCValues, CheckCell, CheckAllCells,
+///   OkChanges and every refresh that re-checks the grid (a column property changed, EndUpdate)
+///   treat it as the original does. GetDValues then gives, without a message: for an empty cell
+///   0; for text that is no number the base value of a displayed 0 (-ScaleOffset x CustomScale,
+///   so 0 in a column without offset), clamped to the column's limits when Max - Min exceeds
+///   1e-14, then passed through OnSetNumValue. In both cases AutoReformat rewrites the cell to
+///   that number's text, so the kept text is gone from then on. In a column with
+///   OnExprCheckVariable the text goes to the expression parser instead: text it cannot evaluate
+///   is reported once, the text stays, and GetDValues returns 0.
 ///
 /// View
 ///   A virtualized scroll area: painting and scrolling cost the same whatever the row count. Fixed
@@ -47,7 +72,8 @@
 ///   A cell edit, a paste, a row inserted, copied or deleted and a cleared table (through the keys or
 ///   the navigator) are each one step on UndoStack(). Cells set by program are not recorded, but a
 ///   change of the row or column count made by program, a read from a file, RestoreCopyValue and
-///   Assign clear the stack: its steps would no longer fit the table. Undo and redo set the cells
+///   Assign clear the stack: its steps would no longer fit the table. A refused count and a read
+///   that fails leave it as it was. Undo and redo set the cells
 ///   and the current cell directly, without the grid's events and checks.
 #pragma once
 
@@ -301,9 +327,9 @@ public:
     void SetFormCreateVal() override;
     void ResetToFormCreateVal() override;
     bool GetReadOnly() const override;
-    /// Sets ReadingFromStream for the duration of the read.
+    /// Sets ReadingFromStream for the duration of the read; it is false again when OnAfterRead fires.
     void ReadfromStream(TReader& Reader) override;
-    /// Reads counts, the unit systems and the cells but, as older readers did, not the string flags.
+    /// Consumes the whole record, string flags included (deliberate deviation 10).
     void SkipfromStream(TReader& Reader) override;
     bool XmlValueChanged(TXmlNode ParentXmlNode) override;
     QVariant GetVariantValue() override;
