@@ -14,6 +14,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollBar>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTextBrowser>
@@ -348,6 +349,18 @@ void TCaseEditor::Refresh() {
     const QStringList Now = FCase->Snapshot();
     const bool Changed = FUpdated || Now != FSaved || FCase->UnitSystem() != FSavedUnits;
     setWindowModified(Changed);
+    // The list is made anew; what the user opened, selected and scrolled to stays.
+    QHash<QString, bool> Expanded;
+    for (int I = 0; I < FTree->topLevelItemCount(); ++I) {
+        const QTreeWidgetItem* Top = FTree->topLevelItem(I);
+        Expanded.insert(Top->data(0, Qt::UserRole).toString(), Top->isExpanded());
+    }
+    const int Scrolled = FTree->verticalScrollBar()->value();
+    QString Current;
+    if (const QTreeWidgetItem* Item = FTree->currentItem())
+        Current = (Item->parent() ? Item->parent()->data(0, Qt::UserRole).toString() + QLatin1Char('/')
+                                  : QString()) +
+                  Item->data(0, Qt::UserRole).toString();
     FTree->clear();
     QFont Bold = FTree->font();
     Bold.setBold(true);
@@ -360,6 +373,8 @@ void TCaseEditor::Refresh() {
             const bool FieldChanged = !FSaved.contains(Line);
             auto* Item =
                 new QTreeWidgetItem(Top, {(FieldChanged ? QStringLiteral("\u25CF ") : QString()) + Name});
+            Item->setData(0, Qt::UserRole, Name);
+            if (Current == S->IDstr() + QLatin1Char('/') + Name) FTree->setCurrentItem(Item);
             if (FieldChanged) Item->setToolTip(0, Tr("Changed since the case was opened or saved"));
             if (auto* Grid = dynamic_cast<TNumGrid*>(F)) {
                 AddGridItems(Item, Grid);
@@ -371,9 +386,11 @@ void TCaseEditor::Refresh() {
                 Value += QLatin1Char(' ') + ParUnitStrOf(Edit->ParType(), Edit->UnitSystem());
             Item->setText(1, Value);
         }
-        Top->setExpanded(S->IDstr() != QStringLiteral("Compressor") &&
-                         S->IDstr() != QStringLiteral("Mission"));
+        if (Current == S->IDstr()) FTree->setCurrentItem(Top);
+        Top->setExpanded(Expanded.value(S->IDstr(), S->IDstr() != QStringLiteral("Compressor") &&
+                                                        S->IDstr() != QStringLiteral("Mission")));
     }
+    FTree->verticalScrollBar()->setValue(Scrolled);
 }
 
 void TCaseEditor::SetCurrentFile(const QString& FileName) {
