@@ -125,6 +125,13 @@ int EditorCheck() {
         Editor.Case().Section(QStringLiteral("Ambient"))->FindNumFld(QStringLiteral("Pamb")));
     auto* Grid = Editor.Case().Section(QStringLiteral("Compressor"))->findChild<TNumGrid*>();
     if (!Pamb || !Grid) return Failures + 1;
+    // Choosing the units the case already shows changes no cell, not even one that is no number.
+    const QString Kept = Grid->Cells(1, 2);
+    Grid->SetCells(1, 2, QStringLiteral("n/a"));
+    Editor.SetUnits(usSI);
+    if (Grid->Cells(1, 2) != QStringLiteral("n/a"))
+        Fail(QStringLiteral("SI units chosen again turned \"n/a\" into \"%1\"").arg(Grid->Cells(1, 2)));
+    Grid->SetCells(1, 2, Kept);
     Pamb->SetValue(95000);
     Grid->SetDValues(1, 1, 130);
     const QStringList Changed = {QStringLiteral("Ambient.Pamb"), QStringLiteral("Compressor.SpeedLine")};
