@@ -4,18 +4,26 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QCloseEvent>
+#include <QDialogButtonBox>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollBar>
 #include <QSettings>
 #include <QStatusBar>
+#include <QTextBrowser>
 #include <QTreeWidget>
 #include <QUndoGroup>
 #include <QUndoStack>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace demo {
 
@@ -39,6 +47,89 @@ TNumGrid* FocusedGrid() {
     return nullptr;
 }
 
+// Wanted, but no larger than the screen W is on (less room for a window frame): at a scale factor
+// of 2 a 1000-pixel-high screen is 500 pixels high for the program.
+QSize FitScreen(QSize Wanted, const QWidget* W) {
+    const QScreen* Screen = W->screen() ? W->screen() : QGuiApplication::primaryScreen();
+    if (!Screen) return Wanted;
+    const QRect Avail = Screen->availableGeometry();
+    return Wanted.boundedTo(QSize(Avail.width() - 16, Avail.height() - 48));
+}
+
+// Section N of the guide ("## N. Title" up to the next "## "), built into the program from
+// docs/guide.md; empty when there is no guide or no such section.
+QString GuideSection(int N, QString* Title = nullptr) {
+    QFile File(QStringLiteral(":/demo/guide.md"));
+    if (N <= 0 || !File.open(QIODevice::ReadOnly | QIODevice::Text)) return {};
+    const QString Text = QLatin1Char('\n') + QString::fromUtf8(File.readAll());
+    const QString Head = QStringLiteral("\n## %1. ").arg(N);
+    const qsizetype Start = Text.indexOf(Head);
+    if (Start < 0) return {};
+    const qsizetype End = Text.indexOf(QStringLiteral("\n## "), Start + Head.size());
+    const QString Section = Text.mid(Start + 1, End < 0 ? -1 : End - Start - 1);
+    if (Title) *Title = Section.section(QLatin1Char('\n'), 0, 0).mid(3);
+    return Section;
+}
+
+// The help handler: a section's Help button (its HelpContext is the guide's section number)
+// shows that section of the guide over the dialog.
+bool ShowGuide(int N) {
+    QString Title;
+    const QString Section = GuideSection(N, &Title);
+    if (Section.isEmpty()) return false;
+    QWidget* Over =
+        QApplication::activeModalWidget() ? QApplication::activeModalWidget() : QApplication::activeWindow();
+    QDialog Dlg(Over);
+    Dlg.setWindowTitle(Tr("Guide: %1").arg(Title));
+    auto* L = new QVBoxLayout(&Dlg);
+    auto* Browser = new QTextBrowser(&Dlg);
+    Browser->setOpenExternalLinks(true);
+    Browser->setMarkdown(Section);
+    L->addWidget(Browser);
+    auto* Buttons = new QDialogButtonBox(QDialogButtonBox::Close, &Dlg);
+    QObject::connect(Buttons, &QDialogButtonBox::rejected, &Dlg, &QDialog::reject);
+    L->addWidget(Buttons);
+    Dlg.resize(FitScreen(QSize(680, 560), &Dlg));
+    Dlg.exec();
+    return true;
+}
+
+QString CellText(const QString& S) {
+    return QString(S).replace(QStringLiteral("\r\n"), QStringLiteral(" ")).simplified();
+}
+
+// A grid in the list: its size as the value, then its column titles and its first rows, cell
+// texts as the grid shows them (check boxes as yes or no).
+void AddGridItems(QTreeWidgetItem* Item, TNumGrid* Grid) {
+    constexpr int ShownRows = 3;
+    const int Rows = std::max(0, Grid->RowCount() - Grid->FixedRows());
+    const int Cols = Grid->ColCount();
+    Item->setText(1, (Rows == 1 ? Tr("1 row") : Tr("%1 rows").arg(Rows)) + QStringLiteral(" \u00D7 ") +
+                         (Cols == 1 ? Tr("1 column") : Tr("%1 columns").arg(Cols)));
+    const auto Line = [Grid, Cols](int R) {
+        QStringList Cells;
+        for (int C = 0; C < Cols; ++C) {
+            const TNumColumn* Col = Grid->Columns()->Items(C);
+            const QString S = Grid->Cells(C, R);
+            Cells << (Col && Col->CheckBoxCol() && R >= Grid->FixedRows()
+                          ? (TNumGrid::StringCheckedStatus(S) ? Tr("yes") : Tr("no"))
+                          : CellText(S));
+        }
+        return Cells.join(QStringLiteral(" | "));
+    };
+    const auto Add = [Item](const QString& Name, const QString& Text) {
+        (new QTreeWidgetItem(Item, {Name, Text}))->setToolTip(1, Text); // a long line is cut in the list
+    };
+    if (Grid->FixedRows() > 0 && Grid->RowCount() > 0) Add(Tr("Columns"), Line(0));
+    for (int R = Grid->FixedRows(); R < Grid->RowCount() && R < Grid->FixedRows() + ShownRows; ++R)
+        Add(Tr("Row %1").arg(R - Grid->FixedRows() + 1), Line(R));
+    if (Rows > ShownRows)
+        new QTreeWidgetItem(Item, {QStringLiteral("\u2026"), Rows - ShownRows == 1
+                                                                 ? Tr("1 more row")
+                                                                 : Tr("%1 more rows").arg(Rows - ShownRows)});
+    Item->setExpanded(true);
+}
+
 } // namespace
 
 TCaseEditor::TCaseEditor() : FCase(std::make_unique<TCase>(this)) {
@@ -56,9 +147,11 @@ TCaseEditor::TCaseEditor() : FCase(std::make_unique<TCase>(this)) {
     });
     auto* Central = new QWidget(this);
     auto* L = new QVBoxLayout(Central);
-    L->addWidget(new QLabel(Tr("Double-click a section (or press Enter on it) to edit it. Changed fields are "
+    auto* Hint = new QLabel(Tr("Double-click a section (or press Enter on it) to edit it. Changed fields are "
                                "marked with \u25CF until the case is saved."),
-                            Central));
+                            Central);
+    Hint->setWordWrap(true);
+    L->addWidget(Hint);
     L->addWidget(FTree);
     setCentralWidget(Central);
     FUndo = new QUndoGroup(this);
@@ -66,11 +159,14 @@ TCaseEditor::TCaseEditor() : FCase(std::make_unique<TCase>(this)) {
         if (TNumGrid* G = FocusedGrid()) FUndo->setActiveStack(G->UndoStack());
     });
     MakeMenus();
-    resize(760, 620);
+    resize(FitScreen(QSize(760, 620), this));
+    FPreviousHelp = SetHelpHandler(ShowGuide);
     NewCase();
 }
 
-TCaseEditor::~TCaseEditor() = default;
+TCaseEditor::~TCaseEditor() {
+    SetHelpHandler(FPreviousHelp);
+}
 
 void TCaseEditor::MakeMenus() {
     QMenu* File = menuBar()->addMenu(Tr("&File"));
@@ -132,26 +228,51 @@ void TCaseEditor::MakeMenus() {
 }
 
 int TCaseEditor::EditSection(TFieldForm* Section) {
+    Section->resize(FitScreen(Section->size(), Section));
     const int Result = Section->exec();
     Refresh();
     return Result;
 }
 
 void TCaseEditor::SetUnits(TUnitSystem U) {
+    // The texts change with the units, the values do not: a field that was as saved before the
+    // switch is as saved after it, so its saved line follows it into the new units. A changed
+    // field keeps its saved line and stays marked.
+    const QStringList Before = FCase->Snapshot();
     FCase->SetUnitSystem(U);
+    const QStringList After = FCase->Snapshot();
+    for (qsizetype I = 0; I < Before.size() && I < After.size(); ++I) {
+        const qsizetype Saved = FSaved.indexOf(Before[I]);
+        if (Saved >= 0) FSaved[Saved] = After[I];
+    }
     FUnits->actions().at(U == usImperial ? 1 : 0)->setChecked(true);
     Refresh();
+}
+
+QStringList TCaseEditor::ChangedFields() const {
+    QStringList Out;
+    for (const QString& Line : FCase->Snapshot())
+        if (!FSaved.contains(Line)) Out << Line.section(QLatin1Char('='), 0, 0);
+    return Out;
+}
+
+void TCaseEditor::MarkSaved() {
+    FSaved = FCase->Snapshot();
+    FSavedUnits = FCase->UnitSystem();
 }
 
 void TCaseEditor::NewCase() {
     // A new case is a new set of sections: each as its constructor makes it.
     FCase = std::make_unique<TCase>(this);
-    for (TFieldForm* S : FCase->Sections())
+    for (TFieldForm* S : FCase->Sections()) {
         for (TNumGrid* G : S->findChildren<TNumGrid*>())
             FUndo->addStack(G->UndoStack());
+        // Each section's HelpContext is its section of the guide; without one, no Help button.
+        S->HelpBtn()->setVisible(!GuideSection(S->HelpContext()).isEmpty());
+    }
     SetUnits(usSI);
     FUpdated = false;
-    FSaved = FCase->Snapshot();
+    MarkSaved();
     SetCurrentFile(QString());
     Refresh();
 }
@@ -173,7 +294,7 @@ bool TCaseEditor::OpenFile(const QString& FileName) {
     }
     FUnits->actions().at(FCase->UnitSystem() == usImperial ? 1 : 0)->setChecked(true);
     FUpdated = FCase->VersionUpdated();
-    FSaved = FCase->Snapshot();
+    MarkSaved();
     SetCurrentFile(FileName);
     AddRecent(FileName);
     if (FUpdated)
@@ -201,7 +322,7 @@ bool TCaseEditor::SaveFile(const QString& FileName) {
         return false;
     }
     FUpdated = false;
-    FSaved = FCase->Snapshot();
+    MarkSaved();
     SetCurrentFile(FileName);
     AddRecent(FileName);
     Refresh();
@@ -226,8 +347,20 @@ void TCaseEditor::closeEvent(QCloseEvent* E) {
 
 void TCaseEditor::Refresh() {
     const QStringList Now = FCase->Snapshot();
-    const bool Changed = FUpdated || Now != FSaved;
+    const bool Changed = FUpdated || Now != FSaved || FCase->UnitSystem() != FSavedUnits;
     setWindowModified(Changed);
+    // The list is made anew; what the user opened, selected and scrolled to stays.
+    QHash<QString, bool> Expanded;
+    for (int I = 0; I < FTree->topLevelItemCount(); ++I) {
+        const QTreeWidgetItem* Top = FTree->topLevelItem(I);
+        Expanded.insert(Top->data(0, Qt::UserRole).toString(), Top->isExpanded());
+    }
+    const int Scrolled = FTree->verticalScrollBar()->value();
+    QString Current;
+    if (const QTreeWidgetItem* Item = FTree->currentItem())
+        Current = (Item->parent() ? Item->parent()->data(0, Qt::UserRole).toString() + QLatin1Char('/')
+                                  : QString()) +
+                  Item->data(0, Qt::UserRole).toString();
     FTree->clear();
     QFont Bold = FTree->font();
     Bold.setBold(true);
@@ -238,17 +371,26 @@ void TCaseEditor::Refresh() {
         for (auto& [Name, F] : TCase::Fields(S)) {
             const QString Line = TCase::FieldLine(S->IDstr(), Name, F);
             const bool FieldChanged = !FSaved.contains(Line);
+            auto* Item =
+                new QTreeWidgetItem(Top, {(FieldChanged ? QStringLiteral("\u25CF ") : QString()) + Name});
+            Item->setData(0, Qt::UserRole, Name);
+            if (Current == S->IDstr() + QLatin1Char('/') + Name) FTree->setCurrentItem(Item);
+            if (FieldChanged) Item->setToolTip(0, Tr("Changed since the case was opened or saved"));
+            if (auto* Grid = dynamic_cast<TNumGrid*>(F)) {
+                AddGridItems(Item, Grid);
+                continue;
+            }
             QString Value = F->GetValueText();
             // A numeric field's text is in the units it shows: say which.
             if (const auto* Edit = dynamic_cast<TCustomNumEdit*>(F); Edit && Edit->NumericType() == ntParType)
                 Value += QLatin1Char(' ') + ParUnitStrOf(Edit->ParType(), Edit->UnitSystem());
-            auto* Item = new QTreeWidgetItem(
-                Top, {(FieldChanged ? QStringLiteral("\u25CF ") : QString()) + Name, Value});
-            if (FieldChanged) Item->setToolTip(0, Tr("Changed since the case was opened or saved"));
+            Item->setText(1, Value);
         }
-        Top->setExpanded(S->IDstr() != QStringLiteral("Compressor") &&
-                         S->IDstr() != QStringLiteral("Mission"));
+        if (Current == S->IDstr()) FTree->setCurrentItem(Top);
+        Top->setExpanded(Expanded.value(S->IDstr(), S->IDstr() != QStringLiteral("Compressor") &&
+                                                        S->IDstr() != QStringLiteral("Mission")));
     }
+    FTree->verticalScrollBar()->setValue(Scrolled);
 }
 
 void TCaseEditor::SetCurrentFile(const QString& FileName) {

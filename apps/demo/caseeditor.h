@@ -27,6 +27,11 @@ public:
     bool SaveFile(const QString& FileName);
     // Opens the section (its dialog) as a double click does; returns the dialog's result.
     int EditSection(qxnum::TFieldForm* Section);
+    // The Units menu's action: every section shows U. Values do not change, so neither do the
+    // marks of changed fields; the case differs from its file while U is not the saved units.
+    void SetUnits(qxnum::TUnitSystem U);
+    // The fields marked as changed in the list ("Section.Field").
+    QStringList ChangedFields() const;
 
 protected:
     void closeEvent(QCloseEvent* E) override;
@@ -43,7 +48,8 @@ private:
     void SetCurrentFile(const QString& FileName);
     void AddRecent(const QString& FileName);
     void UpdateRecentMenu();
-    void SetUnits(qxnum::TUnitSystem U);
+    // Takes the case as it is now as the one in its file.
+    void MarkSaved();
 
     std::unique_ptr<TCase> FCase;
     QTreeWidget* FTree = nullptr;
@@ -51,7 +57,9 @@ private:
     QMenu* FRecent = nullptr;
     QActionGroup* FUnits = nullptr;
     QString FFile;
-    QStringList FSaved;    // the snapshot of the case as last opened or saved
+    QStringList FSaved; // the snapshot of the case as last opened or saved, in the units shown
+    qxnum::TUnitSystem FSavedUnits = qxnum::usSI;
+    qxnum::THelpHandler FPreviousHelp;
     bool FUpdated = false; // an old file's fields were taken over: the case differs from its file
 };
 

@@ -74,9 +74,14 @@ void TCase::SetUnitSystem(TUnitSystem U) {
     for (TFieldForm* S : FSections) {
         for (TCustomNumEdit* E : S->findChildren<TCustomNumEdit*>())
             E->SetUnitSystem(U);
-        for (TNumGrid* G : S->findChildren<TNumGrid*>())
+        // Only the columns in other units: setting a column's unit system re-expresses every cell
+        // and would turn a text that is no number (kept as read from a file) into 0.
+        // A read restores the columns' unit systems but not the unit lines of the titles: made anew.
+        for (TNumGrid* G : S->findChildren<TNumGrid*>()) {
             for (int C = 0; C < G->ColCount(); ++C)
-                G->Columns()->Items(C)->SetUnitSystem(U);
+                if (TNumColumn* Col = G->Columns()->Items(C); Col->UnitSystem() != U) Col->SetUnitSystem(U);
+            G->ResetTitles();
+        }
     }
 }
 

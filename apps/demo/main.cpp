@@ -19,6 +19,8 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QPalette>
+#include <QPushButton>
+#include <QScreen>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QVBoxLayout>
@@ -97,6 +99,55 @@ QTableWidget* MakeUnitTable(QWidget* Parent) {
     return Table;
 }
 
+// The editor's own checks: it fits its screen (a 1000-pixel-high screen at scale factor 2 is 500
+// pixels high), every section has its guide section behind its Help button, and switching units
+// leaves the marks of changed fields as they were. Prints what fails; the number of failures.
+int EditorCheck() {
+    int Failures = 0;
+    const auto Fail = [&Failures](const QString& What) {
+        ++Failures;
+        std::printf("editor: %s\n", qPrintable(What));
+    };
+    demo::TCaseEditor Editor;
+    Editor.show();
+    QApplication::processEvents();
+    const QRect Avail = Editor.screen()->availableGeometry();
+    if (Editor.frameGeometry().height() > Avail.height() || Editor.frameGeometry().width() > Avail.width())
+        Fail(QStringLiteral("the window (%1 x %2) does not fit the screen (%3 x %4)")
+                 .arg(Editor.frameGeometry().width())
+                 .arg(Editor.frameGeometry().height())
+                 .arg(Avail.width())
+                 .arg(Avail.height()));
+    for (TFieldForm* S : Editor.Case().Sections())
+        if (S->HelpBtn()->isHidden()) Fail(S->IDstr() + QStringLiteral(": no guide section behind Help"));
+    if (!Editor.ChangedFields().isEmpty()) Fail(QStringLiteral("a new case has changed fields"));
+    auto* Pamb = qobject_cast<TNumFld*>(
+        Editor.Case().Section(QStringLiteral("Ambient"))->FindNumFld(QStringLiteral("Pamb")));
+    auto* Grid = Editor.Case().Section(QStringLiteral("Compressor"))->findChild<TNumGrid*>();
+    if (!Pamb || !Grid) return Failures + 1;
+    // Choosing the units the case already shows changes no cell, not even one that is no number.
+    const QString Kept = Grid->Cells(1, 2);
+    Grid->SetCells(1, 2, QStringLiteral("n/a"));
+    Editor.SetUnits(usSI);
+    if (Grid->Cells(1, 2) != QStringLiteral("n/a"))
+        Fail(QStringLiteral("SI units chosen again turned \"n/a\" into \"%1\"").arg(Grid->Cells(1, 2)));
+    Grid->SetCells(1, 2, Kept);
+    Pamb->SetValue(95000);
+    Grid->SetDValues(1, 1, 130);
+    const QStringList Changed = {QStringLiteral("Ambient.Pamb"), QStringLiteral("Compressor.SpeedLine")};
+    for (const TUnitSystem U : {usSI, usImperial, usSI, usImperial}) {
+        Editor.SetUnits(U);
+        if (Editor.ChangedFields() != Changed)
+            Fail(QStringLiteral("in %1 units the changed fields are %2, not %3")
+                     .arg(U == usSI ? QStringLiteral("SI") : QStringLiteral("Imperial"),
+                          Editor.ChangedFields().join(QLatin1Char(',')), Changed.join(QLatin1Char(','))));
+    }
+    // The units differ from the case's file until it is saved.
+    if (!Editor.isWindowModified())
+        Fail(QStringLiteral("the switch to Imperial units is not a change of the case"));
+    return Failures;
+}
+
 // Opens every sample case in Dir, writes it to XML and to a binary file and reads both back into
 // fresh cases: every field must read back as it was. Messages are printed, not shown.
 int SelfTest(const QString& Dir) {
@@ -112,7 +163,7 @@ int SelfTest(const QString& Dir) {
         return 1;
     }
     QTemporaryDir Temp;
-    int Failures = 0;
+    int Failures = EditorCheck();
     for (const QFileInfo& Sample : Samples) {
         Messages.clear();
         QWidget Owner;
@@ -340,7 +391,9 @@ int main(int argc, char** argv) {
                                    "its parameter type in both unit systems."),
                        &Dlg));
         L->addWidget(MakeUnitTable(&Dlg));
-        Dlg.resize(720, 640);
+        // No taller than the screen: at scale factor 2 a 1000-pixel-high screen is 500 high.
+        const QRect Avail = Window.screen()->availableGeometry();
+        Dlg.resize(QSize(720, 640).boundedTo(QSize(Avail.width() - 16, Avail.height() - 48)));
         Dlg.exec();
     });
     if (!Parser.positionalArguments().isEmpty()) Window.OpenFile(Parser.positionalArguments().constFirst());

@@ -49,6 +49,7 @@ class TAmbientForm : public TFieldForm {
 public:
     explicit TAmbientForm(QWidget* Parent) : TFieldForm(Parent) {
         setObjectName(QStringLiteral("Ambient"));
+        SetHelpContext(3); // the guide's section 3: the numeric edit and expressions
         setWindowTitle(QObject::tr("Ambient conditions"));
         EndCode = FieldFormEndCode;
         auto* L = new QFormLayout(ClientArea());
@@ -70,6 +71,7 @@ class TEngineForm : public TFieldForm {
 public:
     explicit TEngineForm(QWidget* Parent) : TFieldForm(Parent) {
         setObjectName(QStringLiteral("Engine"));
+        SetHelpContext(6); // the guide's section 6: field forms, frames and old files
         setWindowTitle(QObject::tr("Engine"));
         EndCode = FieldFormEndCode;
         resize(520, 360);
@@ -111,6 +113,7 @@ class TFuelForm : public TFieldForm {
 public:
     explicit TFuelForm(QWidget* Parent) : TFieldForm(Parent) {
         setObjectName(QStringLiteral("Fuel"));
+        SetHelpContext(4); // the guide's section 4: fields
         setWindowTitle(QObject::tr("Fuel"));
         EndCode = FieldFormEndCode;
         resize(480, 380);
@@ -143,6 +146,7 @@ class TCompressorForm : public TFieldForm {
 public:
     explicit TCompressorForm(QWidget* Parent) : TFieldForm(Parent) {
         setObjectName(QStringLiteral("Compressor"));
+        SetHelpContext(5); // the guide's section 5: the grid
         setWindowTitle(QObject::tr("Compressor characteristic"));
         EndCode = FieldFormEndCode;
         resize(760, 460);
@@ -204,6 +208,7 @@ class TMissionForm : public TFieldForm {
 public:
     explicit TMissionForm(QWidget* Parent) : TFieldForm(Parent) {
         setObjectName(QStringLiteral("Mission"));
+        SetHelpContext(5); // the guide's section 5: the grid and the time series
         setWindowTitle(QObject::tr("Mission profile"));
         EndCode = FieldFormEndCode;
         resize(720, 440);

@@ -38,6 +38,15 @@ QXNUM_CORE_EXPORT const QString& ParFormatOf(TParType ParType, TUnitSystem UnitS
 /// Copies the three standard tables into the working tables.
 QXNUM_CORE_EXPORT void SetStdFormats();
 
+/// Puts the factors exact by their definitions into the working tables where the standard ones
+/// are rounded or come from other definitions: the Imperial factors of ptArea, ptEnergy, ptForce,
+/// ptH, ptMomInertia, ptMu, ptPress, ptPower, ptQ, ptRho, ptSFCshaft, ptTorque, ptTSFC and
+/// pthtcoef (international pound and foot, standard gravity, the International Table Btu and
+/// calorie). ptMu's Imperial factor is that of lbf s/ft², so its unit text becomes "[lbf s/ft²]"
+/// (the standard "[lb/(s ft)]" would be 1.488...). Nothing else changes; SetStdFormats restores
+/// the standard tables. The guide lists every factor with its definition and difference.
+QXNUM_CORE_EXPORT void SetExactUnitFactors();
+
 /// Display value -> base value: (Value * F - ScaleOffset) * CustomScale.
 QXNUM_CORE_EXPORT Extended ScaledToUnScaled(Extended Value, TParType ParType, TUnitSystem UnitSystem,
                                             Extended CustomScale, Extended ScaleOffset);

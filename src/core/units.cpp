@@ -80,6 +80,34 @@ void SetStdFormats() {
     }
 }
 
+void SetExactUnitFactors() {
+    // The nearest doubles to the exact values; lb = 0.45359237 kg, ft = 0.3048 m, in = 0.0254 m,
+    // g = 9.80665 m/s², lbf = lb g, R = 5/9 K, Btu(IT) = 4.1868 J/(g K) lb R = 1055.05585262 J.
+    struct TExact {
+        TParType ParType;
+        double Factor;
+    };
+    static constexpr TExact Exact[] = {
+        {ptArea, 0.09290304},                 // ft²
+        {ptEnergy, 1055.05585262},            // Btu
+        {ptForce, 4.4482216152605},           // lbf
+        {ptH, 2326.0},                        // Btu/lb
+        {ptMomInertia, 0.0421401100938048},   // lb ft²
+        {ptMu, 47.880258980335846},           // lbf s/ft²
+        {ptPress, 6894.757293168362},         // lbf/in²
+        {ptPower, 745.6998715822702},         // 550 ft lbf/s
+        {ptQ, 1055.05585262},                 // Btu/s
+        {ptRho, 16.018463373960138},          // lb/ft³
+        {ptSFCshaft, 1.6896594106715585e-07}, // lb/(hp h)
+        {ptTorque, 1.3558179483314003},       // lbf ft
+        {ptTSFC, 2.8325450360498007e-05},     // lb/(lbf h)
+        {pthtcoef, 20441.748028008555},       // Btu/(s ft² R)
+    };
+    for (const TExact& E : Exact)
+        ParScale[E.ParType][usImperial] = E.Factor;
+    ParUnitStr[ptMu][usImperial] = QStringLiteral("[lbf s/ft²]");
+}
+
 static bool InTables(TParType ParType, TUnitSystem UnitSystem) {
     return ParType < ParTypeCount && UnitSystem < UnitSystemCount;
 }

@@ -120,6 +120,60 @@ TEST(UnitTables, FactorsWithoutAnExactDefinition) {
     EXPECT_EQ(ParscaleStd[pthtcoef][usImperial], 20430.2);
 }
 
+// The exact factors, each derived from the definitions of its units. Every Imperial factor that
+// differs from its definition is in this table; all other entries keep their standard values.
+TEST(UnitTables, ExactFactorsFromTheirDefinitions) {
+    TablesGuard Guard;
+    struct Case {
+        TParType P;
+        double Derived;
+    };
+    const Case Cases[] = {
+        {ptArea, def::Ft * def::Ft},
+        {ptEnergy, def::BtuIT},
+        {ptForce, def::Lbf},
+        {ptH, 2326.0}, // Btu(IT)/lb is 2.326 kJ/kg by the definition of the IT calorie
+        {ptMomInertia, def::Lb * def::Ft * def::Ft},
+        {ptMu, def::Lbf / (def::Ft * def::Ft)}, // lbf s/ft²
+        {ptPress, def::Lbf / (def::In * def::In)},
+        {ptPower, def::Hp},
+        {ptQ, def::BtuIT},
+        {ptRho, def::Lb / (def::Ft * def::Ft * def::Ft)},
+        {ptSFCshaft, def::Lb / (def::Hp * def::Hour)},
+        {ptTorque, def::Lbf * def::Ft},
+        {ptTSFC, def::Lb / (def::Lbf * def::Hour)},
+        {pthtcoef, def::BtuIT / (def::Ft * def::Ft * def::R)},
+    };
+    SetExactUnitFactors();
+    bool Exact[ParTypeCount] = {};
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(GetEnumName(C.P).toStdString());
+        Exact[C.P] = true;
+        EXPECT_NEAR(ParScale[C.P][usImperial], C.Derived, 1e-15 * C.Derived);
+    }
+    EXPECT_DOUBLE_EQ(def::BtuIT, 1055.05585262);
+    EXPECT_DOUBLE_EQ(def::BtuIT / def::Lb, 2326.0);
+    EXPECT_EQ(ParUnitStr[ptMu][usImperial], QStringLiteral("[lbf s/ft²]"));
+    for (int P = 0; P < ParTypeCount; ++P) {
+        for (int U = 0; U < UnitSystemCount; ++U) {
+            if (!(Exact[P] && U == usImperial)) {
+                EXPECT_EQ(ParScale[P][U], ParscaleStd[P][U]) << P;
+            }
+            if (!(P == ptMu && U == usImperial)) {
+                EXPECT_EQ(ParUnitStr[P][U], ParunitstrStd[P][U]) << P;
+            }
+            EXPECT_EQ(ParFormat[P][U], ParformatStd[P][U]) << P;
+        }
+    }
+    // Conversions use them: 1 lbf is 0.45359237 kg under standard gravity.
+    EXPECT_NEAR(static_cast<double>(ScaledToUnScaled(1.0L, ptForce, usImperial, 1, 0)), def::Lb * def::G0,
+                1e-15);
+    SetStdFormats();
+    for (const Case& C : Cases)
+        EXPECT_EQ(ParScale[C.P][usImperial], ParscaleStd[C.P][usImperial]) << GetEnumName(C.P).toStdString();
+    EXPECT_EQ(ParUnitStr[ptMu][usImperial], QStringLiteral("[lb/(s ft)]"));
+}
+
 // Degrees Fahrenheit are degrees Rankine shifted by 459.67: a host gets them through the offset.
 TEST(UnitConversion, FahrenheitThroughTheRankineRowAndAnOffset) {
     const Extended Offset = -459.67L * 5.0L / 9.0L; // 0 °F in kelvin, negated
