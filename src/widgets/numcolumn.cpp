@@ -530,10 +530,9 @@ void TNumColumn::RefreshDefaultFont() {
 }
 
 QString TNumColumn::TitleString() const {
-    QString S = d->FTitle ? d->FTitle->Caption().trimmed() : QString();
-    const QString U = UnitString();
-    if (!U.isEmpty()) S += QStringLiteral("\r\n") + U;
-    return S;
+    // Trimmed as a whole: no unit gives no trailing line break, no caption no leading one.
+    const QString Caption = d->FTitle ? d->FTitle->Caption() : QString();
+    return (Caption + QStringLiteral("\r\n") + UnitString()).trimmed();
 }
 
 QString TNumColumn::UnitString() const {

@@ -36,13 +36,10 @@ TNumGridPrivate::TNumGridPrivate(TNumGrid* Q) : q(Q) {}
 TNumGridPrivate::~TNumGridPrivate() = default;
 
 QString TNumGridPrivate::OwnerName() const {
-    for (QWidget* P = q->parentWidget(); P; P = P->parentWidget()) {
-        if (P->isWindow() || IsFieldFrame(P)) {
-            const QString N = P->objectName();
-            return N.isEmpty() ? Tr("(no name)") : N;
-        }
-    }
-    return Tr("(no name)");
+    // A form without a name (or no form at all) leaves the message ending in "in ".
+    for (QWidget* P = q->parentWidget(); P; P = P->parentWidget())
+        if (P->isWindow() || IsFieldFrame(P)) return P->objectName();
+    return {};
 }
 
 double TNumGridPrivate::QuietValue(int C, int R) const {

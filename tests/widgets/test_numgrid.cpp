@@ -112,12 +112,39 @@ TEST_F(GridTest, DefaultStrTitlesAndCheckBoxFlags) {
     EXPECT_EQ(Col(5)->Title()->Caption(), QStringLiteral("Title 5,1\r\nTitle 5,2\r\nTitle 5,3"));
     Col(1)->SetParType(ptPress);
     Col(1)->Title()->SetCaption(QStringLiteral(" P "));
-    EXPECT_EQ(Col(1)->TitleString(), QStringLiteral("P\r\n[bar]"));
-    EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("P\r\n[bar]"));
+    // Trimmed as a whole, so the caption's inner blank before the line break stays.
+    EXPECT_EQ(Col(1)->TitleString(), QStringLiteral("P \r\n[bar]"));
+    EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("P \r\n[bar]"));
     Col(4)->Title()->SetCaption(QStringLiteral("P"));
     EXPECT_EQ(Col(4)->TitleString(), QStringLiteral("P"));
     Col(4)->SetCustomUnitStr(QStringLiteral("[x]"));
     EXPECT_EQ(Grid->Cells(4, 0), QStringLiteral("P\r\n[x]"));
+}
+
+TEST_F(GridTest, TitleStringTrimsCaptionAndUnitTextAsAWhole) {
+    struct {
+        const char* Caption;
+        TParType Par;
+        const char* CustomUnit;
+        const char* Expected;
+    } const Cases[] = {
+        {"P", ptPress, "", "P\r\n[bar]"},
+        {"", ptPress, "", "[bar]"},
+        {"  ", ptPress, "", "[bar]"},
+        {"", ptNone, "[x]", "[x]"},
+        {"P\r\n", ptNone, "", "P"},
+        {"P", ptNone, "", "P"},
+        {"", ptNone, "", ""},
+        {"Two\r\nlines", ptTemp, "", "Two\r\nlines\r\n[K]"},
+    };
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Caption);
+        Col(1)->SetParType(C.Par);
+        Col(1)->SetCustomUnitStr(QString::fromUtf8(C.CustomUnit));
+        Col(1)->Title()->SetCaption(QString::fromUtf8(C.Caption));
+        EXPECT_EQ(Col(1)->TitleString(), QString::fromUtf8(C.Expected));
+        EXPECT_EQ(Grid->Cells(1, 0), QString::fromUtf8(C.Expected)) << "the title cell";
+    }
 }
 
 TEST_F(GridTest, TheFirstUnitSwitchRecordsTheSecondReexpresses) {
@@ -203,6 +230,33 @@ TEST_F(GridTest, MessagesNameTheCellAndTheForm) {
     EXPECT_EQ(Dialogs.Dialogs()[0].Msg, QStringLiteral("Column nr. 2 is String column\r\nin CaseForm"));
     EXPECT_EQ(Dialogs.Dialogs()[1].Msg, QStringLiteral("abc is no valid numeric input.\r\nin CaseForm"));
     EXPECT_EQ(Dialogs.Dialogs()[1].DlgType, mtError);
+}
+
+TEST(GridOwner, MessagesOfAGridWithoutANamedOwnerEndInIn) {
+    SettingsGuard Guard{TFormatSettings::Invariant(), TFormatSettings::Invariant()};
+    DialogRecorder Dialogs;
+    QWidget Named, Unnamed;
+    Named.setObjectName(QStringLiteral("CaseForm"));
+    TNumGrid Alone;
+    struct {
+        const char* Owner;
+        TNumGrid* Grid;
+        const char* Ending;
+    } const Cases[] = {
+        {"a named form", new TNumGrid(&Named), "\r\nin CaseForm"},
+        {"a form without a name", new TNumGrid(&Unnamed), "\r\nin "},
+        {"no form at all", &Alone, "\r\nin "},
+    };
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Owner);
+        Dialogs.Clear();
+        C.Grid->SetCells(1, 1, QStringLiteral("abc"));
+        Extended V = 0;
+        EXPECT_FALSE(C.Grid->GetValueFromCell(1, 1, V, false));
+        ASSERT_EQ(Dialogs.Count(), 1);
+        EXPECT_EQ(Dialogs.Messages()[0],
+                  QStringLiteral("abc is no valid numeric input.") + QLatin1String(C.Ending));
+    }
 }
 
 TEST_F(GridTest, CheckAllCellsStartsAtRowOneAndStopsAtTheFirstFailure) {

@@ -215,7 +215,8 @@ public:
     /// Takes the default font again without reporting a change.
     void RefreshDefaultFont();
 
-    /// Caption (trimmed) and unit text on a second line when there is one.
+    /// Caption, line break and unit text, trimmed as a whole: without unit text no trailing line
+    /// break, with an empty caption the unit text alone.
     QString TitleString() const;
     /// CustomUnitStr, else the unit text of the parameter type and unit system.
     QString UnitString() const;
