@@ -694,7 +694,10 @@ TNumColumn* TNumColumns::Insert(int Index) {
     C->d->FTitle = C->CreateTitle();
     if (d->FGrid) {
         C->d->FWidth = d->FGrid->DefaultColWidth();
-        if (Index < d->FGrid->ColCount()) d->FGrid->InitCol(Index);
+        // The cells do not move with the descriptions: the column that gains its cells is the last
+        // one, and only when the grid already has it.
+        const int Last = Count() - 1;
+        if (Last < d->FGrid->ColCount()) d->FGrid->InitCol(Last);
     }
     return C;
 }

@@ -466,12 +466,14 @@ void TNumGrid::DeleteARow(int ARow) {
 
 void TNumGrid::InsertCol(int ACol) {
     TNumGridPrivate* D = Priv();
+    CheckCellCount(qint64(D->FColumns->Count()) + 1, RowCount());
     D->ShapeChanged();
     D->FColumns->Insert(ACol);
-    // The texts stay where they are: the new column appears at the right-hand end of the cells.
+    // The texts stay where they are: the grid gains its new cells at the right-hand end, and only
+    // those take a default (that of the last column description).
     const int OldCols = ColCount();
-    CheckCellCount(D->FColumns->Count(), RowCount());
     D->Store.Resize(D->FColumns->Count(), RowCount());
+    InitCol(D->FColumns->Count() - 1);
     SizeChanged(OldCols, RowCount());
     ResetTitles();
     D->LayoutChanged();

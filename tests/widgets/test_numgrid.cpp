@@ -333,6 +333,34 @@ TEST_F(GridTest, InsertAndDeleteRows) {
     EXPECT_EQ(Dialogs.Dialogs()[0].Msg, QStringLiteral("Delete Row ?"));
 }
 
+TEST(GridColumns, InsertColKeepsEveryTextAndInitialisesOnlyTheNewLastColumn) {
+    SettingsGuard Guard{TFormatSettings::Invariant(), TFormatSettings::Invariant()};
+    DialogRecorder Dialogs;
+    for (int At : {1, 2, 4, 5}) {
+        SCOPED_TRACE(At);
+        TNumGrid G;
+        // The last column is a text column whose default marks the cells it initialises.
+        TNumColumn* Last = G.Columns()->Items(4);
+        Last->SetStringCol(true);
+        Last->SetDefaultStr(QStringLiteral("tail"));
+        for (int C = 0; C < 5; ++C)
+            for (int R = 1; R < 5; ++R)
+                G.SetCells(C, R, QString::number(C * 10 + R));
+        G.InsertCol(At);
+        ASSERT_EQ(G.ColCount(), 6);
+        ASSERT_EQ(G.Columns()->Count(), 6);
+        for (int C = 0; C < 5; ++C)
+            for (int R = 1; R < 5; ++R)
+                EXPECT_EQ(G.Cells(C, R), QString::number(C * 10 + R)) << C << "," << R;
+        EXPECT_EQ(G.Columns()->Items(5) == Last, At < 5) << "the descriptions from At on moved right";
+        const QString NewDefault = At < 5 ? QStringLiteral("tail") : QStringLiteral("0");
+        for (int R = 1; R < 5; ++R)
+            EXPECT_EQ(G.Cells(5, R), NewDefault) << R;
+        EXPECT_EQ(G.Cells(At, 0), QStringLiteral("Title %1,1\r\nTitle %1,2").arg(At)) << "the new title";
+    }
+    EXPECT_EQ(Dialogs.Count(), 0);
+}
+
 TEST_F(GridTest, CopyValueAndTheExactChangeTest) {
     Col(1)->SetNumericType(ntFixed);
     Col(1)->SetDataType(dtDouble);

@@ -258,6 +258,9 @@ public:
     virtual void InsertRow(int ARow);
     void ClearRow(int ARow);
     void DeleteARow(int ARow);
+    /// Inserts a new column description at ACol. The cell texts are not shifted: the descriptions
+    /// from ACol on move one place right, and the grid gains its new cells at the right-hand end,
+    /// initialised by the last description. Hosts insert columns before filling cells.
     void InsertCol(int ACol);
 
     /// --- Titles and refresh ---
