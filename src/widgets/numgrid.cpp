@@ -13,6 +13,7 @@
 #include <QUndoStack>
 
 #include <cmath>
+#include <utility>
 
 namespace qxnum {
 
@@ -149,16 +150,25 @@ void TNumGrid::SetColCount(int AValue) {
     D->FFixedCols = std::min(D->FFixedCols, std::max(AValue - 1, 0));
     D->FCol = std::clamp(D->FCol, std::min(D->FFixedCols, std::max(AValue - 1, 0)), std::max(AValue - 1, 0));
     TNumColumns* Cols = D->FColumns;
+    bool Added = false;
     if (Cols) {
         while (Cols->Count() > AValue)
             Cols->Delete(Cols->Count() - 1);
-        while (Cols->Count() < AValue)
+        // Each new column initialises its own cells; their change reports, each of which would
+        // re-title and re-check the whole grid, are collected into the one refresh below, so that
+        // making N columns costs N column initialisations.
+        Cols->BeginUpdate();
+        const bool Was = std::exchange(D->InitializingColumns, true);
+        while (Cols->Count() < AValue) {
             Cols->Add();
-        // Titles of the new columns (the per-column initialisation already wrote their cells).
-        if (AValue > OldCols) ResetTitles();
+            Added = true;
+        }
+        D->InitializingColumns = Was;
+        Cols->EndUpdate();
     }
     SizeChanged(OldCols, RowCount());
     D->LayoutChanged();
+    if (Added) GridStringsChanged(this);
 }
 
 void TNumGrid::SetRowCount(int AValue) {
@@ -384,8 +394,10 @@ void TNumGrid::InitCells() {
     // The columns' change reports are collected into one refresh at the end: each would re-check
     // the whole grid, and checking it once gives the same texts.
     D->FColumns->BeginUpdate();
+    const bool Was = std::exchange(D->InitializingColumns, true);
     for (int C = 0; C < D->FColumns->Count(); ++C)
         InitCol(C);
+    D->InitializingColumns = Was;
     D->FColumns->EndUpdate();
     D->InitializingCells = false;
     GridStringsChanged(this);
@@ -403,7 +415,7 @@ void TNumGrid::InitCol(int ACol) {
         D->Store.Cell(ACol, R) = PerRow ? DefaultCellText(ACol, R, false) : Text;
         D->Store.SetObject(ACol, R, nullptr);
     }
-    D->CellsChanged();
+    if (!D->InitializingColumns) D->CellsChanged();
     Column->Changed();
 }
 

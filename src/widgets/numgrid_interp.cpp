@@ -168,6 +168,11 @@ TColumnOrder TNumGrid::ColumnOrder(int ACol) {
 }
 
 double TNumGrid::ColSum(int icol, int startrow, int endrow) {
+    // Rows outside the grid add nothing, so the limits are clamped to it before the loop (the
+    // caller's limits may span the whole integer range).
+    if (!Columns()->Items(icol)) return 0.0;
+    startrow = std::max(startrow, 0);
+    endrow = std::min(endrow, RowCount() - 1);
     double Sum = 0.0;
     for (int r = startrow; r <= endrow; ++r)
         Sum += static_cast<double>(GetDValues(icol, r));
@@ -179,7 +184,8 @@ void TNumGrid::GetColMinMax(int icol, double& ColMin, double& ColMax, bool Reset
         ColMin = 1e20;
         ColMax = -1e20;
     }
-    if (IsStringCol(this, icol)) return;
+    // Neither a text column nor a column that does not exist has values to widen them by.
+    if (!Columns()->Items(icol) || IsStringCol(this, icol)) return;
     for (int r = FixedRows(); r < RowCount(); ++r) {
         const auto v = static_cast<double>(Scale ? GetDValues(icol, r) : GetCValues(icol, r));
         if (v < ColMin) ColMin = v;

@@ -119,6 +119,8 @@ public:
     QFont FTitleFont;
     int FTitleLineCount = 2;
     bool InitializingCells = false;
+    // Several columns are being initialised at once: one repaint at the end instead of one each.
+    bool InitializingColumns = false;
     bool FStoreParTypes = false;
     bool FHighLightSelect = true;
     bool FIgnoreColCountRead = false;

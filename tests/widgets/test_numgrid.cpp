@@ -1,6 +1,7 @@
 // The grid's columns and cell model: setter coupling, value <-> text, unit switches, rows, checks
 // and the change test.
 #include <qxnum/widgets/numgrid.h>
+#include <qxnum/xml.h>
 
 #include "dialogrecorder.h"
 #include "settingsguard.h"
@@ -357,6 +358,46 @@ TEST(GridColumns, InsertColKeepsEveryTextAndInitialisesOnlyTheNewLastColumn) {
         for (int R = 1; R < 5; ++R)
             EXPECT_EQ(G.Cells(5, R), NewDefault) << R;
         EXPECT_EQ(G.Cells(At, 0), QStringLiteral("Title %1,1\r\nTitle %1,2").arg(At)) << "the new title";
+    }
+    EXPECT_EQ(Dialogs.Count(), 0);
+}
+
+// Counts the cell checks, the work that each column added used to repeat over the whole grid.
+struct CountingGrid : TNumGrid {
+    int Checks = 0;
+    bool CheckCell(int ACol, int ARow) override {
+        ++Checks;
+        return TNumGrid::CheckCell(ACol, ARow);
+    }
+};
+
+TEST(GridColumns, MakingNColumnsChecksEachCellOnce) {
+    SettingsGuard Guard{TFormatSettings::Invariant(), TFormatSettings::Invariant()};
+    DialogRecorder Dialogs;
+    constexpr int N = 1000;
+    struct {
+        const char* Name;
+        std::function<void(TNumGrid&)> Make;
+    } const Cases[] = {
+        {"SetColCount", [](TNumGrid& G) { G.SetColCount(N); }},
+        {"an XML file that holds only a column count",
+         [](TNumGrid& G) {
+             TXmlDocument Doc;
+             Doc.LoadFromString(QStringLiteral("<g><Colcount>%1</Colcount></g>").arg(N));
+             G.ReadFromXML(Doc.Root());
+         }},
+    };
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        CountingGrid G;
+        C.Make(G);
+        ASSERT_EQ(G.ColCount(), N);
+        ASSERT_EQ(G.Columns()->Count(), N);
+        // The data cells once (four rows), with room for a second pass, not once per column added.
+        EXPECT_LE(G.Checks, 2 * N * G.RowCount());
+        EXPECT_EQ(G.Columns()->Items(N - 1)->Index(), N - 1);
+        EXPECT_EQ(G.Cells(N - 1, 0), QStringLiteral("Title %1,1\r\nTitle %1,2").arg(N - 1));
+        EXPECT_EQ(G.Cells(N - 1, 4), QStringLiteral("0"));
     }
     EXPECT_EQ(Dialogs.Count(), 0);
 }

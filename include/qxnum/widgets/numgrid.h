@@ -308,10 +308,12 @@ public:
     /// Outcol's value at InValue of Incol, through the parabola of three neighbouring rows.
     bool GetQuadInterpVal(int Incol, int Outcol, bool ascending, double InValue, double& Value);
     bool GetQuadInterpVal(int Incol, int Outcol, TColumnOrder AColOrder, double InValue, double& Value);
-    /// The sum of rows startrow..endrow (0 when endrow < startrow).
+    /// The sum of rows startrow..endrow (0 when endrow < startrow). Rows outside the grid add
+    /// nothing: the limits are clamped to the grid's rows first, so any pair of limits is cheap.
     double ColSum(int icol, int startrow, int endrow);
     /// Widens ColMin / ColMax by the column's values (base units when Scale, else as shown);
-    /// ResetColMinMax starts from 1e20 / -1e20.
+    /// ResetColMinMax starts from 1e20 / -1e20. A text column, or a column the grid does not
+    /// have, leaves them as they came in.
     void GetColMinMax(int icol, double& ColMin, double& ColMax, bool ResetColMinMax, bool Scale);
     TColumnOrder ColumnOrder(int ACol);
 
