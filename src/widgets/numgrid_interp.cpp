@@ -45,6 +45,22 @@ bool TNumGrid::GetInterpPars(int ACol, bool ascending, double InValue, int& row2
 }
 
 bool TNumGrid::GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, int& row2, double& Intfactor) {
+    const auto Failed = [&] {
+        return Report(GridMessage(ColumnText("Exception error interpolating column nr.", ACol)));
+    };
+    // The order is settled before anything else, under the same guard as the search: an order
+    // that is none, or one that cannot be found (a text column, fewer than two data rows), fails
+    // with the look-up message. Its own texts stay in the error object.
+    try {
+        if (AColOrder == coNeitherAnorD) throw EMathError(Tr("Invalid ColOrder value in ") + OwnerName());
+        if (AColOrder == coAutoDetermine) {
+            AColOrder = ColumnOrder(ACol);
+            if (AColOrder == coNeitherAnorD)
+                throw EMathError(Tr("Inconsistent Column order for interpolation in ") + OwnerName());
+        }
+    } catch (const std::exception&) {
+        return Failed();
+    }
     if (IsStringCol(this, ACol)) {
         return Report(GridMessage(ColumnText("Cannot interpolate in non-numerical column nr.", ACol)));
     }
@@ -55,13 +71,6 @@ bool TNumGrid::GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, i
         return true;
     }
     try {
-        // The order's own errors stay in the error object; the user sees the look-up message.
-        if (AColOrder == coNeitherAnorD) throw EMathError(Tr("Invalid ColOrder value in ") + OwnerName());
-        if (AColOrder == coAutoDetermine) {
-            AColOrder = ColumnOrder(ACol);
-            if (AColOrder == coNeitherAnorD)
-                throw EMathError(Tr("Inconsistent Column order for interpolation in ") + OwnerName());
-        }
         const bool Ascending = AColOrder == coAscending;
         const double x = InValue;
         int r = Fixed;
@@ -85,7 +94,7 @@ bool TNumGrid::GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, i
         Intfactor = f;
         return true;
     } catch (const std::exception&) {
-        return Report(GridMessage(ColumnText("Exception error interpolating column nr.", ACol)));
+        return Failed();
     }
 }
 

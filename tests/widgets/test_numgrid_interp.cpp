@@ -133,6 +133,28 @@ TEST_F(InterpTest, FailuresShowOneMessageAndReturnFalse) {
          {1, 3, 2},
          [&] { return Grid->GetInterpPars(1, coAutoDetermine, 2.5, Row2, F); },
          "Exception error interpolating column nr.1\r\nin CurveForm"},
+        {"an order that is none, before the rows are counted",
+         {1},
+         [&] { return Grid->GetInterpPars(1, coNeitherAnorD, 3.0, Row2, F); },
+         "Exception error interpolating column nr.1\r\nin CurveForm"},
+        {"an order to be found in one data row",
+         {1},
+         [&] { return Grid->GetInterpPars(1, coAutoDetermine, 3.0, Row2, F); },
+         "Exception error interpolating column nr.1\r\nin CurveForm"},
+        {"an order to be found in a text column",
+         {1, 2, 4},
+         [&] {
+             Grid->Columns()->Items(1)->SetStringCol(true);
+             return Grid->GetInterpPars(1, coAutoDetermine, 3.0, Row2, F);
+         },
+         "Exception error interpolating column nr.1\r\nin CurveForm"},
+        {"an order that is none in a text column",
+         {1, 2, 4},
+         [&] {
+             Grid->Columns()->Items(1)->SetStringCol(true);
+             return Grid->GetInterpPars(1, coNeitherAnorD, 3.0, Row2, F);
+         },
+         "Exception error interpolating column nr.1\r\nin CurveForm"},
         {"a text column",
          {1, 2, 4},
          [&] {
