@@ -4,8 +4,11 @@
 #include <qxnum/xml.h>
 
 #include "dialogrecorder.h"
+#include "proptest.h"
 #include "settingsguard.h"
 
+#include <QMenu>
+#include <QMetaProperty>
 #include <QWidget>
 #include <gtest/gtest.h>
 
@@ -481,6 +484,32 @@ TEST_F(GridTest, AbsurdCountsAreRefused) {
     Grid->SetRowCount(3);
     Grid->SetFixedRows(1);
     EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("Title 1,1\r\nTitle 1,2")) << "the title row comes back";
+}
+
+TEST_F(GridTest, ColumnPublishesEveryPropertyInItsOrderIncludingPopupMenuAndTitle) {
+    const QStringList Published = {
+        "Alignment",   "Color",        "Font",          "ImeMode",     "ImeName",     "PopupMenu",
+        "ReadOnly",    "Title",        "Width",         "Visible",     "Decimals",    "Digits",
+        "Max",         "Min",          "DataType",      "NumericType", "ParType",     "CustomScale",
+        "ScaleOffset", "CustomFormat", "CustomUnitStr", "TrimZeroes",  "StringCol",   "CheckBoxCol",
+        "DefaultStr",  "Validate",     "UnitSystem",    "Tag",         "AutoReformat"};
+    const QMetaObject& M = TNumColumn::staticMetaObject;
+    QStringList Names;
+    for (int I = M.propertyOffset(); I < M.propertyCount(); ++I)
+        Names << QString::fromLatin1(M.property(I).name());
+    EXPECT_EQ(Names, Published);
+
+    // Designer and setProperty reach the menu and the title; the title is copied, not replaced.
+    QMenu Menu;
+    qxnum::test::SetPublished(*Col(1), "PopupMenu", QVariant::fromValue(&Menu));
+    EXPECT_EQ(Col(1)->PopupMenu(), &Menu);
+    TNumGrid Other;
+    Other.Columns()->Items(1)->Title()->SetCaption(QStringLiteral("Mass flow"));
+    qxnum::test::SetPublished(*Col(1), "Title", QVariant::fromValue(Other.Columns()->Items(1)->Title()),
+                              false);
+    EXPECT_EQ(Col(1)->property("Title").value<TNumColTitle*>(), Col(1)->Title());
+    EXPECT_EQ(Col(1)->Title()->Caption(), QStringLiteral("Mass flow"));
+    EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("Mass flow"));
 }
 
 TEST_F(GridTest, ColumnAssignCopiesRawFields) {

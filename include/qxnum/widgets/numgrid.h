@@ -302,6 +302,8 @@ public:
     /// Intfactor the fraction of the way from row2 - 1 to row2 (limited to [0, 1] unless
     /// Extrapolate). Errors are shown in a message and give false.
     bool GetInterpPars(int ACol, bool ascending, double InValue, int& row2, double& Intfactor);
+    /// The order is settled first: coAutoDetermine finds it (ColumnOrder); an order that is none or
+    /// cannot be found (a text column, fewer than two data rows) fails with the look-up message.
     bool GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, int& row2, double& Intfactor);
     /// Column ACol's value at the bracket from GetInterpPars.
     bool GetInterpVal(int ACol, int row2, double Intfactor, double& Value);
