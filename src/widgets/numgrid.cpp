@@ -43,6 +43,17 @@ QString TNumGridPrivate::OwnerName() const {
     return {};
 }
 
+QString TNumGridPrivate::QuotedCellText(int C, const QString& Text) const {
+    const TNumColumn* Column = FColumns ? FColumns->Items(C) : nullptr;
+    Extended V = 0.0L;
+    if (!Column || !TryQX_StrToFloat(Text.trimmed(), V)) return Text;
+    QString Unit = Column->UnitString().trimmed();
+    if (Unit.startsWith(QLatin1Char('[')) && Unit.endsWith(QLatin1Char(']')))
+        Unit = Unit.mid(1, Unit.size() - 2).trimmed();
+    if (Unit.isEmpty() || Unit == QLatin1String("-")) return Text;
+    return Text + QLatin1Char(' ') + Unit;
+}
+
 double TNumGridPrivate::QuietValue(int C, int R) const {
     TNumColumn* Column = FColumns->Items(C);
     if (!Column) throw EConvertError(Tr("Column nr. %1 does not exist").arg(C));
@@ -313,7 +324,7 @@ bool TNumGrid::GetValueFromCell(int ACol, int ARow, Extended& Value, bool Scaled
         }
         return true;
     } catch (const std::exception&) {
-        ShowCellError(Text + Tr(" is no valid numeric input."), ACol, ARow);
+        ShowCellError(Priv()->QuotedCellText(ACol, Text) + Tr(" is no valid numeric input."), ACol, ARow);
         return false;
     }
 }

@@ -258,7 +258,8 @@ bool TTimeSeriesGrid::CheckCell(int icol, int irow) {
     else if (irow + 1 < RowCount() && !(Time(irow + 1) >= T + Tolerance))
         Problem = " value exceeds next row time";
     if (!Problem) return true;
-    MessageDlg(Cells(0, irow) + Tr(" is no valid numeric input.") + QStringLiteral("\r\n") +
+    MessageDlg(TNumGridPrivate::Of(this)->QuotedCellText(0, Cells(0, irow)) +
+                   Tr(" is no valid numeric input.") + QStringLiteral("\r\n") +
                    TimeColumn->Title()->Caption() + Tr(Problem) + QStringLiteral("\r\n") +
                    QStringLiteral("in ") + OwnerName(),
                mtError, mbOK);

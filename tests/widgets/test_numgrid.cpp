@@ -236,6 +236,37 @@ TEST_F(GridTest, MessagesNameTheCellAndTheForm) {
     EXPECT_EQ(Dialogs.Dialogs()[1].DlgType, mtError);
 }
 
+TEST_F(GridTest, CellMessagesGiveTheUnitAfterANumber) {
+    // A hook of the host refuses the number 5, so that a number reaches the message.
+    struct {
+        const char* Name;
+        TParType Par;
+        const char* CustomUnit;
+        const char* Text;
+        const char* Message;
+    } const Cases[] = {
+        {"a pressure", ptPress, "", "5", "5 bar is no valid numeric input.\r\nin CaseForm"},
+        {"a unit of the host's", ptNone, "kg/s", "5", "5 kg/s is no valid numeric input.\r\nin CaseForm"},
+        {"a ratio, whose unit is none", ptPR, "", "5", "5 is no valid numeric input.\r\nin CaseForm"},
+        {"no unit at all", ptNone, "", "5", "5 is no valid numeric input.\r\nin CaseForm"},
+        {"text that is no number", ptPress, "", "abc", "abc is no valid numeric input.\r\nin CaseForm"},
+    };
+    Col(1)->SetOnSetNumValue([](QObject*, int, const QString& Text, Extended&) {
+        if (Text == QLatin1String("5")) throw EConvertError(QStringLiteral("refused"));
+    });
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        Col(1)->SetParType(C.Par);
+        Col(1)->SetCustomUnitStr(QString::fromUtf8(C.CustomUnit));
+        Grid->SetCells(1, 2, QString::fromUtf8(C.Text));
+        Dialogs.Clear();
+        Extended V = 0;
+        EXPECT_FALSE(Grid->GetValueFromCell(1, 2, V, false));
+        ASSERT_EQ(Dialogs.Count(), 1);
+        EXPECT_EQ(Dialogs.Messages()[0], QString::fromUtf8(C.Message));
+    }
+}
+
 TEST(GridOwner, MessagesOfAGridWithoutANamedOwnerEndInIn) {
     SettingsGuard Guard{TFormatSettings::Invariant(), TFormatSettings::Invariant()};
     DialogRecorder Dialogs;

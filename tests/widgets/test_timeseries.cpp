@@ -212,15 +212,14 @@ TEST_F(SeriesTest, TimesThatDoNotAscendAreReported) {
 
     Dialogs.Clear();
     EXPECT_FALSE(Grid->CheckCell(0, 2));
+    EXPECT_EQ(Dialogs.Messages().value(0), QStringLiteral("10.000 s is no valid numeric input.\r\nTime value "
+                                                          "less than prior row time !\r\nin MissionForm"));
+    Dialogs.Clear();
+    EXPECT_FALSE(Grid->CheckCell(0, 1));
     EXPECT_EQ(
         Dialogs.Messages().value(0),
         QStringLiteral(
-            "10.000 is no valid numeric input.\r\nTime value less than prior row time !\r\nin MissionForm"));
-    Dialogs.Clear();
-    EXPECT_FALSE(Grid->CheckCell(0, 1));
-    EXPECT_EQ(Dialogs.Messages().value(0),
-              QStringLiteral(
-                  "10.000 is no valid numeric input.\r\nTime value exceeds next row time\r\nin MissionForm"));
+            "10.000 s is no valid numeric input.\r\nTime value exceeds next row time\r\nin MissionForm"));
     Dialogs.Clear();
     EXPECT_TRUE(Grid->CheckCell(1, 2)) << "only the time column is ordered";
     EXPECT_TRUE(Grid->CheckCell(0, 3));

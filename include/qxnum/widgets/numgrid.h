@@ -11,9 +11,11 @@
 ///   New grids have 5 columns, 5 rows, 1 fixed column, 1 fixed row and two title lines.
 ///
 /// Messages (through MessageDlg, error type with OK) end in `"\r\n"` + "in " + the name of the form
-///   or frame the grid sits in. A cell that is no valid number is reported once, the focus returns
-///   to it and its text is kept; CheckAllCells, CheckRow and OkChanges stop at the first such cell.
-///   Out-of-range numbers are clamped by their column, silently.
+///   or frame the grid sits in ("in " alone when that has no name). A cell that is no valid number
+///   is reported once, the focus returns to it and its text is kept; CheckAllCells, CheckRow and
+///   OkChanges stop at the first such cell. A cell text that is a number is quoted with its
+///   column's unit after it ("5 bar is no valid numeric input."). Out-of-range numbers are clamped
+///   by their column, silently.
 ///
 /// Files (field contract)
 ///   XML: "Delimiter", "Colcount", "Rowcount", "Cols" ("Units", "StringCols", with StoreParTypes
