@@ -125,11 +125,7 @@ TNumColumns* TNumColumn::Collection() const {
 }
 
 int TNumColumn::Index() const {
-    if (!d->FCollection) return -1;
-    const auto& Items = d->FCollection->d->FItems;
-    for (size_t I = 0; I < Items.size(); ++I)
-        if (Items[I] == this) return static_cast<int>(I);
-    return -1;
+    return d->FCollection ? d->FIndex : -1;
 }
 
 TNumColTitle* TNumColumn::CreateTitle() {
@@ -530,10 +526,9 @@ void TNumColumn::RefreshDefaultFont() {
 }
 
 QString TNumColumn::TitleString() const {
-    QString S = d->FTitle ? d->FTitle->Caption().trimmed() : QString();
-    const QString U = UnitString();
-    if (!U.isEmpty()) S += QStringLiteral("\r\n") + U;
-    return S;
+    // Trimmed as a whole: no unit gives no trailing line break, no caption no leading one.
+    const QString Caption = d->FTitle ? d->FTitle->Caption() : QString();
+    return (Caption + QStringLiteral("\r\n") + UnitString()).trimmed();
 }
 
 QString TNumColumn::UnitString() const {
@@ -691,11 +686,16 @@ TNumColumn* TNumColumns::Insert(int Index) {
     C->setParent(this);
     C->d->FCollection = this;
     d->FItems.insert(d->FItems.begin() + Index, C);
+    for (size_t I = static_cast<size_t>(Index); I < d->FItems.size(); ++I)
+        d->FItems[I]->d->FIndex = static_cast<int>(I);
     // The title is made once the column knows its place, so that a derived CreateTitle is called.
     C->d->FTitle = C->CreateTitle();
     if (d->FGrid) {
         C->d->FWidth = d->FGrid->DefaultColWidth();
-        if (Index < d->FGrid->ColCount()) d->FGrid->InitCol(Index);
+        // The cells do not move with the descriptions: the column that gains its cells is the last
+        // one, and only when the grid already has it.
+        const int Last = Count() - 1;
+        if (Last < d->FGrid->ColCount()) d->FGrid->InitCol(Last);
     }
     return C;
 }
@@ -704,14 +704,19 @@ void TNumColumns::Delete(int Index) {
     if (Index < 0 || Index >= Count()) return;
     TNumColumn* C = d->FItems[static_cast<size_t>(Index)];
     d->FItems.erase(d->FItems.begin() + Index);
+    for (size_t I = static_cast<size_t>(Index); I < d->FItems.size(); ++I)
+        d->FItems[I]->d->FIndex = static_cast<int>(I);
+    C->d->FIndex = -1;
     delete C;
 }
 
 void TNumColumns::Clear() {
     std::vector<TNumColumn*> Items;
     Items.swap(d->FItems);
-    for (TNumColumn* C : Items)
+    for (TNumColumn* C : Items) {
+        C->d->FIndex = -1;
         delete C;
+    }
 }
 
 void TNumColumns::BeginUpdate() {

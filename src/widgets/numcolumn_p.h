@@ -21,6 +21,7 @@ public:
 class TNumColumnPrivate {
 public:
     TNumColumns* FCollection = nullptr;
+    int FIndex = -1; // position in the collection, kept by TNumColumns
     TGetColNumTextEvent FOnGetNumText;
     TSetColNumValueEvent FOnSetNumValue;
     QColor FColor; // invalid: DefaultColor

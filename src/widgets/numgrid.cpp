@@ -13,6 +13,7 @@
 #include <QUndoStack>
 
 #include <cmath>
+#include <utility>
 
 namespace qxnum {
 
@@ -36,13 +37,21 @@ TNumGridPrivate::TNumGridPrivate(TNumGrid* Q) : q(Q) {}
 TNumGridPrivate::~TNumGridPrivate() = default;
 
 QString TNumGridPrivate::OwnerName() const {
-    for (QWidget* P = q->parentWidget(); P; P = P->parentWidget()) {
-        if (P->isWindow() || IsFieldFrame(P)) {
-            const QString N = P->objectName();
-            return N.isEmpty() ? Tr("(no name)") : N;
-        }
-    }
-    return Tr("(no name)");
+    // A form without a name (or no form at all) leaves the message ending in "in ".
+    for (QWidget* P = q->parentWidget(); P; P = P->parentWidget())
+        if (P->isWindow() || IsFieldFrame(P)) return P->objectName();
+    return {};
+}
+
+QString TNumGridPrivate::QuotedCellText(int C, const QString& Text) const {
+    const TNumColumn* Column = FColumns ? FColumns->Items(C) : nullptr;
+    Extended V = 0.0L;
+    if (!Column || !TryQX_StrToFloat(Text.trimmed(), V)) return Text;
+    QString Unit = Column->UnitString().trimmed();
+    if (Unit.startsWith(QLatin1Char('[')) && Unit.endsWith(QLatin1Char(']')))
+        Unit = Unit.mid(1, Unit.size() - 2).trimmed();
+    if (Unit.isEmpty() || Unit == QLatin1String("-")) return Text;
+    return Text + QLatin1Char(' ') + Unit;
 }
 
 double TNumGridPrivate::QuietValue(int C, int R) const {
@@ -152,16 +161,25 @@ void TNumGrid::SetColCount(int AValue) {
     D->FFixedCols = std::min(D->FFixedCols, std::max(AValue - 1, 0));
     D->FCol = std::clamp(D->FCol, std::min(D->FFixedCols, std::max(AValue - 1, 0)), std::max(AValue - 1, 0));
     TNumColumns* Cols = D->FColumns;
+    bool Added = false;
     if (Cols) {
         while (Cols->Count() > AValue)
             Cols->Delete(Cols->Count() - 1);
-        while (Cols->Count() < AValue)
+        // Each new column initialises its own cells; their change reports, each of which would
+        // re-title and re-check the whole grid, are collected into the one refresh below, so that
+        // making N columns costs N column initialisations.
+        Cols->BeginUpdate();
+        const bool Was = std::exchange(D->InitializingColumns, true);
+        while (Cols->Count() < AValue) {
             Cols->Add();
-        // Titles of the new columns (the per-column initialisation already wrote their cells).
-        if (AValue > OldCols) ResetTitles();
+            Added = true;
+        }
+        D->InitializingColumns = Was;
+        Cols->EndUpdate();
     }
     SizeChanged(OldCols, RowCount());
     D->LayoutChanged();
+    if (Added) GridStringsChanged(this);
 }
 
 void TNumGrid::SetRowCount(int AValue) {
@@ -306,7 +324,7 @@ bool TNumGrid::GetValueFromCell(int ACol, int ARow, Extended& Value, bool Scaled
         }
         return true;
     } catch (const std::exception&) {
-        ShowCellError(Text + Tr(" is no valid numeric input."), ACol, ARow);
+        ShowCellError(Priv()->QuotedCellText(ACol, Text) + Tr(" is no valid numeric input."), ACol, ARow);
         return false;
     }
 }
@@ -387,8 +405,10 @@ void TNumGrid::InitCells() {
     // The columns' change reports are collected into one refresh at the end: each would re-check
     // the whole grid, and checking it once gives the same texts.
     D->FColumns->BeginUpdate();
+    const bool Was = std::exchange(D->InitializingColumns, true);
     for (int C = 0; C < D->FColumns->Count(); ++C)
         InitCol(C);
+    D->InitializingColumns = Was;
     D->FColumns->EndUpdate();
     D->InitializingCells = false;
     GridStringsChanged(this);
@@ -406,7 +426,7 @@ void TNumGrid::InitCol(int ACol) {
         D->Store.Cell(ACol, R) = PerRow ? DefaultCellText(ACol, R, false) : Text;
         D->Store.SetObject(ACol, R, nullptr);
     }
-    D->CellsChanged();
+    if (!D->InitializingColumns) D->CellsChanged();
     Column->Changed();
 }
 
@@ -469,12 +489,14 @@ void TNumGrid::DeleteARow(int ARow) {
 
 void TNumGrid::InsertCol(int ACol) {
     TNumGridPrivate* D = Priv();
+    CheckCellCount(qint64(D->FColumns->Count()) + 1, RowCount());
     D->ShapeChanged();
     D->FColumns->Insert(ACol);
-    // The texts stay where they are: the new column appears at the right-hand end of the cells.
+    // The texts stay where they are: the grid gains its new cells at the right-hand end, and only
+    // those take a default (that of the last column description).
     const int OldCols = ColCount();
-    CheckCellCount(D->FColumns->Count(), RowCount());
     D->Store.Resize(D->FColumns->Count(), RowCount());
+    InitCol(D->FColumns->Count() - 1);
     SizeChanged(OldCols, RowCount());
     ResetTitles();
     D->LayoutChanged();

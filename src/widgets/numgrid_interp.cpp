@@ -45,6 +45,22 @@ bool TNumGrid::GetInterpPars(int ACol, bool ascending, double InValue, int& row2
 }
 
 bool TNumGrid::GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, int& row2, double& Intfactor) {
+    const auto Failed = [&] {
+        return Report(GridMessage(ColumnText("Exception error interpolating column nr.", ACol)));
+    };
+    // The order is settled before anything else, under the same guard as the search: an order
+    // that is none, or one that cannot be found (a text column, fewer than two data rows), fails
+    // with the look-up message. Its own texts stay in the error object.
+    try {
+        if (AColOrder == coNeitherAnorD) throw EMathError(Tr("Invalid ColOrder value in ") + OwnerName());
+        if (AColOrder == coAutoDetermine) {
+            AColOrder = ColumnOrder(ACol);
+            if (AColOrder == coNeitherAnorD)
+                throw EMathError(Tr("Inconsistent Column order for interpolation in ") + OwnerName());
+        }
+    } catch (const std::exception&) {
+        return Failed();
+    }
     if (IsStringCol(this, ACol)) {
         return Report(GridMessage(ColumnText("Cannot interpolate in non-numerical column nr.", ACol)));
     }
@@ -55,13 +71,6 @@ bool TNumGrid::GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, i
         return true;
     }
     try {
-        // The order's own errors stay in the error object; the user sees the look-up message.
-        if (AColOrder == coNeitherAnorD) throw EMathError(Tr("Invalid ColOrder value in ") + OwnerName());
-        if (AColOrder == coAutoDetermine) {
-            AColOrder = ColumnOrder(ACol);
-            if (AColOrder == coNeitherAnorD)
-                throw EMathError(Tr("Inconsistent Column order for interpolation in ") + OwnerName());
-        }
         const bool Ascending = AColOrder == coAscending;
         const double x = InValue;
         int r = Fixed;
@@ -85,7 +94,7 @@ bool TNumGrid::GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, i
         Intfactor = f;
         return true;
     } catch (const std::exception&) {
-        return Report(GridMessage(ColumnText("Exception error interpolating column nr.", ACol)));
+        return Failed();
     }
 }
 
@@ -168,6 +177,11 @@ TColumnOrder TNumGrid::ColumnOrder(int ACol) {
 }
 
 double TNumGrid::ColSum(int icol, int startrow, int endrow) {
+    // Rows outside the grid add nothing, so the limits are clamped to it before the loop (the
+    // caller's limits may span the whole integer range).
+    if (!Columns()->Items(icol)) return 0.0;
+    startrow = std::max(startrow, 0);
+    endrow = std::min(endrow, RowCount() - 1);
     double Sum = 0.0;
     for (int r = startrow; r <= endrow; ++r)
         Sum += static_cast<double>(GetDValues(icol, r));
@@ -179,7 +193,8 @@ void TNumGrid::GetColMinMax(int icol, double& ColMin, double& ColMax, bool Reset
         ColMin = 1e20;
         ColMax = -1e20;
     }
-    if (IsStringCol(this, icol)) return;
+    // Neither a text column nor a column that does not exist has values to widen them by.
+    if (!Columns()->Items(icol) || IsStringCol(this, icol)) return;
     for (int r = FixedRows(); r < RowCount(); ++r) {
         const auto v = static_cast<double>(Scale ? GetDValues(icol, r) : GetCValues(icol, r));
         if (v < ColMin) ColMin = v;

@@ -119,6 +119,8 @@ public:
     QFont FTitleFont;
     int FTitleLineCount = 2;
     bool InitializingCells = false;
+    // Several columns are being initialised at once: one repaint at the end instead of one each.
+    bool InitializingColumns = false;
     bool FStoreParTypes = false;
     bool FHighLightSelect = true;
     bool FIgnoreColCountRead = false;
@@ -153,6 +155,9 @@ public:
 
     // The owning form or frame (for messages).
     QString OwnerName() const;
+    // A cell text as messages quote it: a number is followed by its column's unit ("7.000 bar",
+    // the unit text without its brackets; none for "[-]"), any other text stands alone.
+    QString QuotedCellText(int C, const QString& Text) const;
     // A cell's value in base units, as GetDValues reads it but without its message and reformat:
     // text that is no number raises (the table look-up and the time row report for themselves).
     double QuietValue(int C, int R) const;

@@ -11,6 +11,7 @@
 #include <QCoreApplication>
 
 #include <cmath>
+#include <utility>
 
 namespace qxnum {
 
@@ -26,11 +27,20 @@ QString Tr(const char* Source) {
     return QCoreApplication::translate("TTimeSeriesGrid", Source);
 }
 
-// The number a time cell shows; text that is no number counts as 0 rather than raising out of a
-// row insertion.
+// A bad neighbouring time met while a new row is timed: the text, for the grid's message.
+struct TBadTime {
+    QString Text;
+};
+
+// The number a time cell shows. An empty cell is 0, as the grid reads it; other text that is no
+// number raises, so that a row is never timed from a silent 0.
 double ShownNumber(const QString& Text) {
-    double V = 0.0;
-    return TryQX_StrToFloat(Text.trimmed(), V) ? V : 0.0;
+    if (Text.trimmed().isEmpty()) return 0.0;
+    try {
+        return static_cast<double>(QX_StrToFloat(Text.trimmed()));
+    } catch (const EConvertError&) {
+        throw TBadTime{Text};
+    }
 }
 
 } // namespace
@@ -40,6 +50,8 @@ public:
     bool Creating = true;
     // CheckRow reports the order of its row itself; the cell check leaves it to it meanwhile.
     bool CheckingRow = false;
+    // InitRow met a neighbouring time that is no number and said so; the insertion stops there.
+    bool BadNeighbour = false;
 };
 
 TTimeSeriesGrid::TTimeSeriesGrid(QWidget* Owner) : TNumGrid(Owner), d(new TTimeSeriesGridPrivate) {
@@ -117,13 +129,22 @@ double TTimeSeriesGrid::EndTime() {
 
 void TTimeSeriesGrid::InitRow(int irow) {
     TNumGrid::InitRow(irow);
-    if (irow <= 1 || irow >= RowCount()) return;
-    const double tp = ShownNumber(Cells(0, irow - 1));
-    double t = tp + 1.0;
-    if (irow < RowCount() - 1) {
-        if (!Cells(0, irow + 1).isEmpty()) t = (ShownNumber(Cells(0, irow + 1)) + tp) / 2.0;
-    } else if (RowCount() > 3) {
-        t = tp - ShownNumber(Cells(0, irow - 2)) + tp; // the last step once more
+    d->BadNeighbour = false;
+    if (irow <= 1 || irow >= RowCount() || !Columns()->Items(0)) return;
+    double t = 0.0;
+    try {
+        const double tp = ShownNumber(Cells(0, irow - 1));
+        t = tp + 1.0;
+        if (irow < RowCount() - 1) {
+            if (!Cells(0, irow + 1).isEmpty()) t = (ShownNumber(Cells(0, irow + 1)) + tp) / 2.0;
+        } else if (RowCount() > 3) {
+            t = tp - ShownNumber(Cells(0, irow - 2)) + tp; // the last step once more
+        }
+    } catch (const TBadTime& Bad) {
+        // The row keeps its defaults; the user corrects the neighbour first.
+        d->BadNeighbour = true;
+        MessageDlg(GridMessage(Bad.Text + Tr(" is no valid numeric input.")), mtError, mbOK);
+        return;
     }
     SetDValues(0, irow, t);
     for (int C = 1; C < ColCount(); ++C)
@@ -134,11 +155,19 @@ void TTimeSeriesGrid::InsertRow(int atrow) {
     if (RowCountFixed()) return;
     const int Fixed = FixedRows();
     if (atrow == Fixed && Fixed < RowCount()) {
-        const double First = Time(atrow);
-        // Nothing goes in front of a start time of zero.
+        // Nothing goes in front of a start time of zero, nor of one that is no number (read
+        // quietly: the new row's own timing reports it).
+        double First = std::nan("");
+        try {
+            First = TNumGridPrivate::Of(this)->QuietValue(0, atrow);
+        } catch (const std::exception&) {
+        }
         if (First < Tolerance || std::isnan(First)) atrow = Fixed + 1;
     }
+    d->BadNeighbour = false;
     TNumGrid::InsertRow(atrow);
+    // A neighbour that is no number has been reported; timing or asking would only repeat that.
+    if (std::exchange(d->BadNeighbour, false)) return;
     atrow = std::clamp(atrow, 0, RowCount() - 1);
     if (atrow >= Fixed) {
         const bool HasPrev = atrow > Fixed, HasNext = atrow + 1 < RowCount();
@@ -206,9 +235,11 @@ bool TTimeSeriesGrid::CheckRow(int ARow) {
     const bool CellsValid = TNumGrid::CheckRow(ARow);
     d->CheckingRow = false;
     if (!CellsValid) return false;
-    if (Exempt() || ARow <= 1) return true;
+    // A grid read with no columns has no time column, and so no order to keep.
+    TNumColumn* TimeColumn = Columns()->Items(0);
+    if (Exempt() || ARow <= 1 || ARow >= RowCount() || !TimeColumn) return true;
     if (Time(ARow - 1) > Time(ARow) - Tolerance) {
-        MessageDlg(Columns()->Items(0)->Title()->Caption() + Tr(" column not ascending in ") + OwnerName() +
+        MessageDlg(TimeColumn->Title()->Caption() + Tr(" column not ascending in ") + OwnerName() +
                        QStringLiteral("\r\n") + Tr("please update grid !"),
                    mtWarning, mbOK);
         return false;
@@ -218,7 +249,8 @@ bool TTimeSeriesGrid::CheckRow(int ARow) {
 
 bool TTimeSeriesGrid::CheckCell(int icol, int irow) {
     if (!TNumGrid::CheckCell(icol, irow)) return false;
-    if (icol != 0 || d->CheckingRow || Exempt()) return true;
+    TNumColumn* TimeColumn = Columns()->Items(0);
+    if (icol != 0 || !TimeColumn || irow < 0 || irow >= RowCount() || d->CheckingRow || Exempt()) return true;
     const char* Problem = nullptr;
     const double T = Time(irow);
     if (irow > 1 && Time(irow - 1) > T - Tolerance)
@@ -226,8 +258,9 @@ bool TTimeSeriesGrid::CheckCell(int icol, int irow) {
     else if (irow + 1 < RowCount() && !(Time(irow + 1) >= T + Tolerance))
         Problem = " value exceeds next row time";
     if (!Problem) return true;
-    MessageDlg(Cells(0, irow) + Tr(" is no valid numeric input.") + QStringLiteral("\r\n") +
-                   Columns()->Items(0)->Title()->Caption() + Tr(Problem) + QStringLiteral("\r\n") +
+    MessageDlg(TNumGridPrivate::Of(this)->QuotedCellText(0, Cells(0, irow)) +
+                   Tr(" is no valid numeric input.") + QStringLiteral("\r\n") +
+                   TimeColumn->Title()->Caption() + Tr(Problem) + QStringLiteral("\r\n") +
                    QStringLiteral("in ") + OwnerName(),
                mtError, mbOK);
     return false;

@@ -1,10 +1,14 @@
 // The grid's columns and cell model: setter coupling, value <-> text, unit switches, rows, checks
 // and the change test.
 #include <qxnum/widgets/numgrid.h>
+#include <qxnum/xml.h>
 
 #include "dialogrecorder.h"
+#include "proptest.h"
 #include "settingsguard.h"
 
+#include <QMenu>
+#include <QMetaProperty>
 #include <QWidget>
 #include <gtest/gtest.h>
 
@@ -112,12 +116,39 @@ TEST_F(GridTest, DefaultStrTitlesAndCheckBoxFlags) {
     EXPECT_EQ(Col(5)->Title()->Caption(), QStringLiteral("Title 5,1\r\nTitle 5,2\r\nTitle 5,3"));
     Col(1)->SetParType(ptPress);
     Col(1)->Title()->SetCaption(QStringLiteral(" P "));
-    EXPECT_EQ(Col(1)->TitleString(), QStringLiteral("P\r\n[bar]"));
-    EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("P\r\n[bar]"));
+    // Trimmed as a whole, so the caption's inner blank before the line break stays.
+    EXPECT_EQ(Col(1)->TitleString(), QStringLiteral("P \r\n[bar]"));
+    EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("P \r\n[bar]"));
     Col(4)->Title()->SetCaption(QStringLiteral("P"));
     EXPECT_EQ(Col(4)->TitleString(), QStringLiteral("P"));
     Col(4)->SetCustomUnitStr(QStringLiteral("[x]"));
     EXPECT_EQ(Grid->Cells(4, 0), QStringLiteral("P\r\n[x]"));
+}
+
+TEST_F(GridTest, TitleStringTrimsCaptionAndUnitTextAsAWhole) {
+    struct {
+        const char* Caption;
+        TParType Par;
+        const char* CustomUnit;
+        const char* Expected;
+    } const Cases[] = {
+        {"P", ptPress, "", "P\r\n[bar]"},
+        {"", ptPress, "", "[bar]"},
+        {"  ", ptPress, "", "[bar]"},
+        {"", ptNone, "[x]", "[x]"},
+        {"P\r\n", ptNone, "", "P"},
+        {"P", ptNone, "", "P"},
+        {"", ptNone, "", ""},
+        {"Two\r\nlines", ptTemp, "", "Two\r\nlines\r\n[K]"},
+    };
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Caption);
+        Col(1)->SetParType(C.Par);
+        Col(1)->SetCustomUnitStr(QString::fromUtf8(C.CustomUnit));
+        Col(1)->Title()->SetCaption(QString::fromUtf8(C.Caption));
+        EXPECT_EQ(Col(1)->TitleString(), QString::fromUtf8(C.Expected));
+        EXPECT_EQ(Grid->Cells(1, 0), QString::fromUtf8(C.Expected)) << "the title cell";
+    }
 }
 
 TEST_F(GridTest, TheFirstUnitSwitchRecordsTheSecondReexpresses) {
@@ -205,6 +236,64 @@ TEST_F(GridTest, MessagesNameTheCellAndTheForm) {
     EXPECT_EQ(Dialogs.Dialogs()[1].DlgType, mtError);
 }
 
+TEST_F(GridTest, CellMessagesGiveTheUnitAfterANumber) {
+    // A hook of the host refuses the number 5, so that a number reaches the message.
+    struct {
+        const char* Name;
+        TParType Par;
+        const char* CustomUnit;
+        const char* Text;
+        const char* Message;
+    } const Cases[] = {
+        {"a pressure", ptPress, "", "5", "5 bar is no valid numeric input.\r\nin CaseForm"},
+        {"a unit of the host's", ptNone, "kg/s", "5", "5 kg/s is no valid numeric input.\r\nin CaseForm"},
+        {"a ratio, whose unit is none", ptPR, "", "5", "5 is no valid numeric input.\r\nin CaseForm"},
+        {"no unit at all", ptNone, "", "5", "5 is no valid numeric input.\r\nin CaseForm"},
+        {"text that is no number", ptPress, "", "abc", "abc is no valid numeric input.\r\nin CaseForm"},
+    };
+    Col(1)->SetOnSetNumValue([](QObject*, int, const QString& Text, Extended&) {
+        if (Text == QLatin1String("5")) throw EConvertError(QStringLiteral("refused"));
+    });
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        Col(1)->SetParType(C.Par);
+        Col(1)->SetCustomUnitStr(QString::fromUtf8(C.CustomUnit));
+        Grid->SetCells(1, 2, QString::fromUtf8(C.Text));
+        Dialogs.Clear();
+        Extended V = 0;
+        EXPECT_FALSE(Grid->GetValueFromCell(1, 2, V, false));
+        ASSERT_EQ(Dialogs.Count(), 1);
+        EXPECT_EQ(Dialogs.Messages()[0], QString::fromUtf8(C.Message));
+    }
+}
+
+TEST(GridOwner, MessagesOfAGridWithoutANamedOwnerEndInIn) {
+    SettingsGuard Guard{TFormatSettings::Invariant(), TFormatSettings::Invariant()};
+    DialogRecorder Dialogs;
+    QWidget Named, Unnamed;
+    Named.setObjectName(QStringLiteral("CaseForm"));
+    TNumGrid Alone;
+    struct {
+        const char* Owner;
+        TNumGrid* Grid;
+        const char* Ending;
+    } const Cases[] = {
+        {"a named form", new TNumGrid(&Named), "\r\nin CaseForm"},
+        {"a form without a name", new TNumGrid(&Unnamed), "\r\nin "},
+        {"no form at all", &Alone, "\r\nin "},
+    };
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Owner);
+        Dialogs.Clear();
+        C.Grid->SetCells(1, 1, QStringLiteral("abc"));
+        Extended V = 0;
+        EXPECT_FALSE(C.Grid->GetValueFromCell(1, 1, V, false));
+        ASSERT_EQ(Dialogs.Count(), 1);
+        EXPECT_EQ(Dialogs.Messages()[0],
+                  QStringLiteral("abc is no valid numeric input.") + QLatin1String(C.Ending));
+    }
+}
+
 TEST_F(GridTest, CheckAllCellsStartsAtRowOneAndStopsAtTheFirstFailure) {
     Grid->SetFixedRows(2);
     Col(3)->SetNumericType(ntFixed);
@@ -277,6 +366,74 @@ TEST_F(GridTest, InsertAndDeleteRows) {
     EXPECT_EQ(Grid->RowCount(), 4);
     ASSERT_EQ(Dialogs.Count(), 1);
     EXPECT_EQ(Dialogs.Dialogs()[0].Msg, QStringLiteral("Delete Row ?"));
+}
+
+TEST(GridColumns, InsertColKeepsEveryTextAndInitialisesOnlyTheNewLastColumn) {
+    SettingsGuard Guard{TFormatSettings::Invariant(), TFormatSettings::Invariant()};
+    DialogRecorder Dialogs;
+    for (int At : {1, 2, 4, 5}) {
+        SCOPED_TRACE(At);
+        TNumGrid G;
+        // The last column is a text column whose default marks the cells it initialises.
+        TNumColumn* Last = G.Columns()->Items(4);
+        Last->SetStringCol(true);
+        Last->SetDefaultStr(QStringLiteral("tail"));
+        for (int C = 0; C < 5; ++C)
+            for (int R = 1; R < 5; ++R)
+                G.SetCells(C, R, QString::number(C * 10 + R));
+        G.InsertCol(At);
+        ASSERT_EQ(G.ColCount(), 6);
+        ASSERT_EQ(G.Columns()->Count(), 6);
+        for (int C = 0; C < 5; ++C)
+            for (int R = 1; R < 5; ++R)
+                EXPECT_EQ(G.Cells(C, R), QString::number(C * 10 + R)) << C << "," << R;
+        EXPECT_EQ(G.Columns()->Items(5) == Last, At < 5) << "the descriptions from At on moved right";
+        const QString NewDefault = At < 5 ? QStringLiteral("tail") : QStringLiteral("0");
+        for (int R = 1; R < 5; ++R)
+            EXPECT_EQ(G.Cells(5, R), NewDefault) << R;
+        EXPECT_EQ(G.Cells(At, 0), QStringLiteral("Title %1,1\r\nTitle %1,2").arg(At)) << "the new title";
+    }
+    EXPECT_EQ(Dialogs.Count(), 0);
+}
+
+// Counts the cell checks, the work that each column added used to repeat over the whole grid.
+struct CountingGrid : TNumGrid {
+    int Checks = 0;
+    bool CheckCell(int ACol, int ARow) override {
+        ++Checks;
+        return TNumGrid::CheckCell(ACol, ARow);
+    }
+};
+
+TEST(GridColumns, MakingNColumnsChecksEachCellOnce) {
+    SettingsGuard Guard{TFormatSettings::Invariant(), TFormatSettings::Invariant()};
+    DialogRecorder Dialogs;
+    constexpr int N = 1000;
+    struct {
+        const char* Name;
+        std::function<void(TNumGrid&)> Make;
+    } const Cases[] = {
+        {"SetColCount", [](TNumGrid& G) { G.SetColCount(N); }},
+        {"an XML file that holds only a column count",
+         [](TNumGrid& G) {
+             TXmlDocument Doc;
+             Doc.LoadFromString(QStringLiteral("<g><Colcount>%1</Colcount></g>").arg(N));
+             G.ReadFromXML(Doc.Root());
+         }},
+    };
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        CountingGrid G;
+        C.Make(G);
+        ASSERT_EQ(G.ColCount(), N);
+        ASSERT_EQ(G.Columns()->Count(), N);
+        // The data cells once (four rows), with room for a second pass, not once per column added.
+        EXPECT_LE(G.Checks, 2 * N * G.RowCount());
+        EXPECT_EQ(G.Columns()->Items(N - 1)->Index(), N - 1);
+        EXPECT_EQ(G.Cells(N - 1, 0), QStringLiteral("Title %1,1\r\nTitle %1,2").arg(N - 1));
+        EXPECT_EQ(G.Cells(N - 1, 4), QStringLiteral("0"));
+    }
+    EXPECT_EQ(Dialogs.Count(), 0);
 }
 
 TEST_F(GridTest, CopyValueAndTheExactChangeTest) {
@@ -358,6 +515,32 @@ TEST_F(GridTest, AbsurdCountsAreRefused) {
     Grid->SetRowCount(3);
     Grid->SetFixedRows(1);
     EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("Title 1,1\r\nTitle 1,2")) << "the title row comes back";
+}
+
+TEST_F(GridTest, ColumnPublishesEveryPropertyInItsOrderIncludingPopupMenuAndTitle) {
+    const QStringList Published = {
+        "Alignment",   "Color",        "Font",          "ImeMode",     "ImeName",     "PopupMenu",
+        "ReadOnly",    "Title",        "Width",         "Visible",     "Decimals",    "Digits",
+        "Max",         "Min",          "DataType",      "NumericType", "ParType",     "CustomScale",
+        "ScaleOffset", "CustomFormat", "CustomUnitStr", "TrimZeroes",  "StringCol",   "CheckBoxCol",
+        "DefaultStr",  "Validate",     "UnitSystem",    "Tag",         "AutoReformat"};
+    const QMetaObject& M = TNumColumn::staticMetaObject;
+    QStringList Names;
+    for (int I = M.propertyOffset(); I < M.propertyCount(); ++I)
+        Names << QString::fromLatin1(M.property(I).name());
+    EXPECT_EQ(Names, Published);
+
+    // Designer and setProperty reach the menu and the title; the title is copied, not replaced.
+    QMenu Menu;
+    qxnum::test::SetPublished(*Col(1), "PopupMenu", QVariant::fromValue(&Menu));
+    EXPECT_EQ(Col(1)->PopupMenu(), &Menu);
+    TNumGrid Other;
+    Other.Columns()->Items(1)->Title()->SetCaption(QStringLiteral("Mass flow"));
+    qxnum::test::SetPublished(*Col(1), "Title", QVariant::fromValue(Other.Columns()->Items(1)->Title()),
+                              false);
+    EXPECT_EQ(Col(1)->property("Title").value<TNumColTitle*>(), Col(1)->Title());
+    EXPECT_EQ(Col(1)->Title()->Caption(), QStringLiteral("Mass flow"));
+    EXPECT_EQ(Grid->Cells(1, 0), QStringLiteral("Mass flow"));
 }
 
 TEST_F(GridTest, ColumnAssignCopiesRawFields) {

@@ -11,7 +11,14 @@
 #include <QWidget>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <climits>
 #include <cmath>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
 
 using namespace qxnum;
 using qxnum::test::DialogRecorder;
@@ -126,6 +133,28 @@ TEST_F(InterpTest, FailuresShowOneMessageAndReturnFalse) {
          {1, 3, 2},
          [&] { return Grid->GetInterpPars(1, coAutoDetermine, 2.5, Row2, F); },
          "Exception error interpolating column nr.1\r\nin CurveForm"},
+        {"an order that is none, before the rows are counted",
+         {1},
+         [&] { return Grid->GetInterpPars(1, coNeitherAnorD, 3.0, Row2, F); },
+         "Exception error interpolating column nr.1\r\nin CurveForm"},
+        {"an order to be found in one data row",
+         {1},
+         [&] { return Grid->GetInterpPars(1, coAutoDetermine, 3.0, Row2, F); },
+         "Exception error interpolating column nr.1\r\nin CurveForm"},
+        {"an order to be found in a text column",
+         {1, 2, 4},
+         [&] {
+             Grid->Columns()->Items(1)->SetStringCol(true);
+             return Grid->GetInterpPars(1, coAutoDetermine, 3.0, Row2, F);
+         },
+         "Exception error interpolating column nr.1\r\nin CurveForm"},
+        {"an order that is none in a text column",
+         {1, 2, 4},
+         [&] {
+             Grid->Columns()->Items(1)->SetStringCol(true);
+             return Grid->GetInterpPars(1, coNeitherAnorD, 3.0, Row2, F);
+         },
+         "Exception error interpolating column nr.1\r\nin CurveForm"},
         {"a text column",
          {1, 2, 4},
          [&] {
@@ -228,6 +257,71 @@ TEST_F(InterpTest, ColumnOrderOfTheDataRows) {
     Table({1, 2, 4}, {1, 2, 4});
     Grid->Columns()->Items(1)->SetStringCol(true);
     EXPECT_EQ(Grid->ColumnOrder(1), coNeitherAnorD);
+}
+
+// Ends the test program when the guarded code runs far beyond any reasonable time: a loop over
+// the whole integer range would otherwise hang the suite instead of failing it.
+class HangGuard {
+public:
+    explicit HangGuard(const char* What) {
+        Thread = std::thread([this, What] {
+            std::unique_lock<std::mutex> Lock(M);
+            if (!Cv.wait_for(Lock, std::chrono::seconds(60), [this] { return Done; })) {
+                std::fprintf(stderr, "%s did not end within 60 s\n", What);
+                std::abort();
+            }
+        });
+    }
+    ~HangGuard() {
+        {
+            const std::lock_guard<std::mutex> Lock(M);
+            Done = true;
+        }
+        Cv.notify_one();
+        Thread.join();
+    }
+    HangGuard(const HangGuard&) = delete;
+    HangGuard& operator=(const HangGuard&) = delete;
+
+private:
+    std::mutex M;
+    std::condition_variable Cv;
+    bool Done = false;
+    std::thread Thread;
+};
+
+TEST_F(InterpTest, StatisticsClampOrRefuseIndexesOutsideTheGrid) {
+    // No title row here, so that every row of the grid holds a value: 5, 10, -20, 40.
+    Table({1, 2, 4}, {10, -20, 40});
+    Grid->SetFixedRows(0);
+    Grid->SetDValues(2, 0, 5);
+    // Every cell read formats through the column's hook: the count is the rows visited.
+    int Reads = 0;
+    Grid->Columns()->Items(2)->SetOnGetNumtext([&](QObject*, int, Extended, Extended, QString&) { ++Reads; });
+    struct {
+        int Col, Start, End;
+        double Sum;
+    } const Sums[] = {
+        {2, INT_MIN, 3, 35},      {2, 2, INT_MAX, 20},       {2, INT_MIN, INT_MAX, 35},
+        {2, INT_MAX, INT_MIN, 0}, {2, 4, INT_MAX, 0},        {2, INT_MIN, -1, 0},
+        {2, INT_MAX, INT_MAX, 0}, {99, INT_MIN, INT_MAX, 0}, {-1, INT_MIN, 3, 0},
+    };
+    const HangGuard Watch("ColSum");
+    for (const auto& C : Sums) {
+        SCOPED_TRACE(testing::Message() << C.Col << ": " << C.Start << ".." << C.End);
+        Reads = 0;
+        EXPECT_EQ(Grid->ColSum(C.Col, C.Start, C.End), C.Sum);
+        EXPECT_LE(Reads, Grid->RowCount());
+    }
+
+    // A column the grid does not have leaves the bounds as they came in.
+    for (int Col : {-1, 3, INT_MAX}) {
+        double Min = 3.0, Max = 4.0;
+        Grid->GetColMinMax(Col, Min, Max, false, true);
+        EXPECT_EQ(Min, 3.0) << Col;
+        EXPECT_EQ(Max, 4.0) << Col;
+    }
+    EXPECT_EQ(Dialogs.Count(), 0);
 }
 
 TEST_F(InterpTest, SumsAndBoundsOfAColumn) {

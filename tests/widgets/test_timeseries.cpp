@@ -82,6 +82,70 @@ TEST_F(SeriesTest, InitRowGivesSensibleTimes) {
     }
 }
 
+TEST_F(SeriesTest, ANeighbouringTimeThatIsNoNumberIsReportedNotReadAsZero) {
+    struct Case {
+        const char* Name;
+        std::vector<QString> Times;
+        std::function<void()> Call;
+        const char* Bad;
+    };
+    const std::vector<Case> Cases = {
+        {"the row above", {"10", "abc", ""}, [this] { Grid->InitRow(3); }, "abc"},
+        {"the row below", {"10", "", "1..5"}, [this] { Grid->InitRow(2); }, "1..5"},
+        {"the row before the row above", {"x1", "10", ""}, [this] { Grid->InitRow(3); }, "x1"},
+        {"a row appended by InsertRow", {"10", "abc"}, [this] { Grid->InsertRow(3); }, "abc"},
+        {"InsertRow in front of a first time that is no number",
+         {"abc", "10"},
+         [this] { Grid->InsertRow(1); },
+         "abc"},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        Times(C.Times);
+        Dialogs.Clear();
+        C.Call();
+        ASSERT_EQ(Dialogs.Count(), 1) << "one message, not a time computed from 0";
+        EXPECT_EQ(Dialogs.Messages()[0], QString::fromLatin1(C.Bad) +
+                                             QStringLiteral(" is no valid numeric input.\r\nin MissionForm"));
+        EXPECT_EQ(Dialogs.Dialogs()[0].DlgType, mtError);
+    }
+}
+
+TEST_F(SeriesTest, AGridReadWithoutColumnsHasNoTimeColumnToCheck) {
+    TXmlDocument Doc;
+    Doc.LoadFromString(QStringLiteral("<g><Colcount>0</Colcount><Rowcount>3</Rowcount></g>"));
+    Grid->ReadFromXML(Doc.Root());
+    ASSERT_EQ(Grid->ColCount(), 0);
+    ASSERT_EQ(Grid->RowCount(), 3);
+    Grid->SetAllowDataDialog(true);
+    int Row2 = 0;
+    double F = 0.0;
+    struct Case {
+        const char* Name;
+        std::function<bool()> Call;
+        bool Result;
+    };
+    const std::vector<Case> Cases = {
+        {"CheckAllCells", [this] { return Grid->CheckAllCells(); }, true},
+        {"CheckRow", [this] { return Grid->CheckRow(2); }, true},
+        {"CheckCell", [this] { return Grid->CheckCell(0, 2); }, true},
+        {"CheckGrid", [this] { return Grid->CheckGrid(); }, true},
+        {"InitRow", [this] { return Grid->InitRow(2), true; }, true},
+        {"InsertRow", [this] { return Grid->InsertRow(1), Grid->RowCount() == 4; }, true},
+        {"SetTimeRowtoRow", [this] { return Grid->SetTimeRowtoRow(2), Grid->TimeRow.empty(); }, true},
+        {"EndTime", [this] { return Grid->EndTime() == 0.0; }, true},
+        {"TimeEditDialog", [this] { return Grid->TimeEditDialog(2), true; }, true},
+        {"GetInterpPars", [&] { return Grid->GetInterpPars(0, true, 1.0, Row2, F); }, false},
+        {"CalcTimeRowAtTime", [this] { return Grid->CalcTimeRowAtTime(1.0); }, false},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        EXPECT_EQ(C.Call(), C.Result);
+    }
+    // Only the two look-ups have something to say: there is no column 0 to interpolate in.
+    EXPECT_EQ(Dialogs.Count(), 2);
+}
+
 TEST_F(SeriesTest, InsertRowPlacesAndTimesTheNewRow) {
     struct Case {
         const char* Name;
@@ -148,15 +212,14 @@ TEST_F(SeriesTest, TimesThatDoNotAscendAreReported) {
 
     Dialogs.Clear();
     EXPECT_FALSE(Grid->CheckCell(0, 2));
+    EXPECT_EQ(Dialogs.Messages().value(0), QStringLiteral("10.000 s is no valid numeric input.\r\nTime value "
+                                                          "less than prior row time !\r\nin MissionForm"));
+    Dialogs.Clear();
+    EXPECT_FALSE(Grid->CheckCell(0, 1));
     EXPECT_EQ(
         Dialogs.Messages().value(0),
         QStringLiteral(
-            "10.000 is no valid numeric input.\r\nTime value less than prior row time !\r\nin MissionForm"));
-    Dialogs.Clear();
-    EXPECT_FALSE(Grid->CheckCell(0, 1));
-    EXPECT_EQ(Dialogs.Messages().value(0),
-              QStringLiteral(
-                  "10.000 is no valid numeric input.\r\nTime value exceeds next row time\r\nin MissionForm"));
+            "10.000 s is no valid numeric input.\r\nTime value exceeds next row time\r\nin MissionForm"));
     Dialogs.Clear();
     EXPECT_TRUE(Grid->CheckCell(1, 2)) << "only the time column is ordered";
     EXPECT_TRUE(Grid->CheckCell(0, 3));

@@ -26,12 +26,11 @@
 
 #include <QColor>
 #include <QFont>
+#include <QMenu>
 #include <QObject>
 
 #include <functional>
 #include <memory>
-
-class QMenu;
 
 namespace qxnum {
 
@@ -93,7 +92,9 @@ class QXNUM_WIDGETS_EXPORT TNumColumn : public QObject {
     Q_PROPERTY(QFont Font READ Font WRITE SetFont)
     Q_PROPERTY(qxnum::TImeMode ImeMode READ ImeMode WRITE SetImeMode)
     Q_PROPERTY(QString ImeName READ ImeName WRITE SetImeName)
+    Q_PROPERTY(QMenu* PopupMenu READ PopupMenu WRITE SetPopupMenu)
     Q_PROPERTY(bool ReadOnly READ ReadOnly WRITE SetReadOnly)
+    Q_PROPERTY(qxnum::TNumColTitle* Title READ Title WRITE SetTitle)
     Q_PROPERTY(int Width READ Width WRITE SetWidth)
     Q_PROPERTY(bool Visible READ Visible WRITE SetVisible)
     Q_PROPERTY(quint16 Decimals READ Decimals WRITE SetDecimals)
@@ -141,7 +142,12 @@ public:
     bool ReadOnly() const;
     virtual void SetReadOnly(bool AValue);
     TNumColTitle* Title() const;
+    /// Copies AValue into the column's own title.
     void SetTitle(const TNumColTitle& AValue);
+    /// The same for the Qt property (Designer, setProperty); nullptr changes nothing.
+    void SetTitle(TNumColTitle* AValue) {
+        if (AValue) SetTitle(*AValue);
+    }
     /// -1 for an invisible column.
     int Width() const;
     /// -1 is ignored.
@@ -215,7 +221,8 @@ public:
     /// Takes the default font again without reporting a change.
     void RefreshDefaultFont();
 
-    /// Caption (trimmed) and unit text on a second line when there is one.
+    /// Caption, line break and unit text, trimmed as a whole: without unit text no trailing line
+    /// break, with an empty caption the unit text alone.
     QString TitleString() const;
     /// CustomUnitStr, else the unit text of the parameter type and unit system.
     QString UnitString() const;

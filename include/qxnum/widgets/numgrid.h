@@ -11,9 +11,11 @@
 ///   New grids have 5 columns, 5 rows, 1 fixed column, 1 fixed row and two title lines.
 ///
 /// Messages (through MessageDlg, error type with OK) end in `"\r\n"` + "in " + the name of the form
-///   or frame the grid sits in. A cell that is no valid number is reported once, the focus returns
-///   to it and its text is kept; CheckAllCells, CheckRow and OkChanges stop at the first such cell.
-///   Out-of-range numbers are clamped by their column, silently.
+///   or frame the grid sits in ("in " alone when that has no name). A cell that is no valid number
+///   is reported once, the focus returns to it and its text is kept; CheckAllCells, CheckRow and
+///   OkChanges stop at the first such cell. A cell text that is a number is quoted with its
+///   column's unit after it ("5 bar is no valid numeric input."). Out-of-range numbers are clamped
+///   by their column, silently.
 ///
 /// Files (field contract)
 ///   XML: "Delimiter", "Colcount", "Rowcount", "Cols" ("Units", "StringCols", with StoreParTypes
@@ -258,6 +260,9 @@ public:
     virtual void InsertRow(int ARow);
     void ClearRow(int ARow);
     void DeleteARow(int ARow);
+    /// Inserts a new column description at ACol. The cell texts are not shifted: the descriptions
+    /// from ACol on move one place right, and the grid gains its new cells at the right-hand end,
+    /// initialised by the last description. Hosts insert columns before filling cells.
     void InsertCol(int ACol);
 
     /// --- Titles and refresh ---
@@ -299,16 +304,20 @@ public:
     /// Intfactor the fraction of the way from row2 - 1 to row2 (limited to [0, 1] unless
     /// Extrapolate). Errors are shown in a message and give false.
     bool GetInterpPars(int ACol, bool ascending, double InValue, int& row2, double& Intfactor);
+    /// The order is settled first: coAutoDetermine finds it (ColumnOrder); an order that is none or
+    /// cannot be found (a text column, fewer than two data rows) fails with the look-up message.
     bool GetInterpPars(int ACol, TColumnOrder AColOrder, double InValue, int& row2, double& Intfactor);
     /// Column ACol's value at the bracket from GetInterpPars.
     bool GetInterpVal(int ACol, int row2, double Intfactor, double& Value);
     /// Outcol's value at InValue of Incol, through the parabola of three neighbouring rows.
     bool GetQuadInterpVal(int Incol, int Outcol, bool ascending, double InValue, double& Value);
     bool GetQuadInterpVal(int Incol, int Outcol, TColumnOrder AColOrder, double InValue, double& Value);
-    /// The sum of rows startrow..endrow (0 when endrow < startrow).
+    /// The sum of rows startrow..endrow (0 when endrow < startrow). Rows outside the grid add
+    /// nothing: the limits are clamped to the grid's rows first, so any pair of limits is cheap.
     double ColSum(int icol, int startrow, int endrow);
     /// Widens ColMin / ColMax by the column's values (base units when Scale, else as shown);
-    /// ResetColMinMax starts from 1e20 / -1e20.
+    /// ResetColMinMax starts from 1e20 / -1e20. A text column, or a column the grid does not
+    /// have, leaves them as they came in.
     void GetColMinMax(int icol, double& ColMin, double& ColMax, bool ResetColMinMax, bool Scale);
     TColumnOrder ColumnOrder(int ACol);
 

@@ -9,8 +9,11 @@
 /// and a fixed column an inserted row asks for its time (TimeEditDialog, through NumInputQuery).
 ///
 /// Times that do not ascend are reported: leaving a cell names the neighbour it collides with;
-/// CheckRow (and so the grid checks) says "please update grid !". The persistence is the grid's;
-/// the class is registered as "TTimeSeriesGrid".
+/// CheckRow (and so the grid checks) says "please update grid !". A new row is never timed from a
+/// neighbouring time that is no number: that text is reported (the grid's "is no valid numeric
+/// input" message) and the row keeps its defaults. A grid without columns (read so from a file)
+/// has no time column and nothing to keep in order. The persistence is the grid's; the class is
+/// registered as "TTimeSeriesGrid".
 #pragma once
 
 #include <qxnum/widgets/numgrid.h>
