@@ -177,6 +177,8 @@ public:
     void OpenEditor(const QString* Initial);
     void CommitEdit();
     void CancelEdit();
+    // Hides the editor's widget without letting the focus wander through the grid's cells.
+    void HideEditorWidget();
     // Checks the current cell when an edit changed it; false (message shown) when it is invalid.
     bool ValidateCurrent();
     void MoveTo(int C, int R, bool Extend);

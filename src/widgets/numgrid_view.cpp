@@ -341,7 +341,7 @@ void TNumGridPrivate::PlaceEditor() {
     if (!S.EditorOpen || !S.Editor) return;
     const QRect R = q->CellRect(FCol, FRow);
     if (R.isEmpty()) {
-        S.Editor->hide();
+        HideEditorWidget();
         return;
     }
     S.Editor->setGeometry(R.adjusted(1, 1, -1, -1));
@@ -375,12 +375,21 @@ void TNumGridPrivate::OpenEditor(const QString* Initial) {
     }
 }
 
+void TNumGridPrivate::HideEditorWidget() {
+    TGridViewState& S = *View;
+    // Hiding the focused editor would let Qt move the focus on through the grid's
+    // focusNextPrevChild, which with goTabs moves the current cell one column on: the grid takes the
+    // focus first (while EditorOpen still says that this is no entering of the grid).
+    if (S.Editor->hasFocus() && q->isVisible()) q->setFocus(Qt::OtherFocusReason);
+    S.Editor->hide();
+}
+
 void TNumGridPrivate::CommitEdit() {
     TGridViewState& S = *View;
     if (!S.EditorOpen) return;
-    S.EditorOpen = false;
     const QString Text = S.Editor->text();
-    S.Editor->hide();
+    HideEditorWidget();
+    S.EditorOpen = false;
     if (q->CanEditModify() && Text != Store.Cell(FCol, FRow)) {
         TGridUndoStep Step(this, FRow, 1, "Edit cell");
         q->SetCells(FCol, FRow, Text);
@@ -395,8 +404,8 @@ void TNumGridPrivate::CommitEdit() {
 void TNumGridPrivate::CancelEdit() {
     TGridViewState& S = *View;
     if (!S.EditorOpen) return;
+    HideEditorWidget();
     S.EditorOpen = false;
-    S.Editor->hide();
     q->setFocus(Qt::OtherFocusReason);
     q->viewport()->update();
 }
