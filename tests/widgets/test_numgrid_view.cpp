@@ -224,6 +224,67 @@ TEST_F(GridViewTest, ScrollBarsOnlyWhenTheCellsDoNotFit) {
     EXPECT_EQ(Grid->TopRow(), 1);
 }
 
+// The case editor's speed line: seven stretched columns, nine rows, in a layout.
+TEST(GridLookTest, NoScrollBarsWhileTheCellsFitAndThemWhenTheyDoNot) {
+    QWidget Form;
+    auto* L = new QVBoxLayout(&Form);
+    auto* Grid = new TNumGrid(&Form);
+    L->addWidget(Grid);
+    Grid->SetColCount(7);
+    Grid->SetRowCount(9);
+    Grid->SetColStretchOptions(csoAutoStretch);
+    Form.resize(760, 460);
+    Form.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&Form));
+    const auto Bars = [&] {
+        QCoreApplication::processEvents(); // the scroll area shows and hides its bars queued
+        return std::pair(Grid->horizontalScrollBar()->isVisible(), Grid->verticalScrollBar()->isVisible());
+    };
+    EXPECT_EQ(Bars(), std::pair(false, false));
+    Grid->SetRowCount(200);
+    EXPECT_EQ(Bars(), std::pair(false, true));
+    Grid->SetColStretchOptions({});
+    Grid->SetColCount(20);
+    EXPECT_EQ(Bars(), std::pair(true, true));
+    Grid->SetColCount(7);
+    Grid->SetRowCount(9);
+    Grid->SetColStretchOptions(csoAutoStretch);
+    EXPECT_EQ(Bars(), std::pair(false, false));
+}
+
+// Check-box cells on a dark palette: the box stands out from the cell.
+TEST(GridLookTest, CheckBoxCellsAreVisibleOnADarkPalette) {
+    QPalette Dark;
+    for (auto [Role, Colour] : {std::pair{QPalette::Window, QColor(45, 45, 48)},
+                                {QPalette::Base, QColor(30, 30, 32)},
+                                {QPalette::AlternateBase, QColor(40, 40, 44)},
+                                {QPalette::Button, QColor(50, 50, 54)},
+                                {QPalette::Text, QColor(225, 225, 225)},
+                                {QPalette::WindowText, QColor(225, 225, 225)},
+                                {QPalette::ButtonText, QColor(225, 225, 225)}})
+        Dark.setColor(Role, Colour);
+    for (const bool IsDark : {false, true}) {
+        SCOPED_TRACE(IsDark ? "dark" : "light");
+        QWidget Form;
+        if (IsDark) Form.setPalette(Dark);
+        auto* Grid = new TNumGrid(&Form);
+        Grid->resize(400, 200);
+        Grid->Columns()->Items(2)->SetCheckBoxCol(true);
+        Grid->SetCells(2, 2, QStringLiteral("FALSE"));
+        Grid->SetCol(1); // the box is not the current cell
+        Form.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&Form));
+        const QRect Cell = Grid->CellRect(2, 2).adjusted(2, 2, -2, -2);
+        const QImage Shot = Grid->viewport()->grab(Cell).toImage();
+        const QColor Back = Shot.pixelColor(1, 1);
+        int Outline = 0;
+        for (int Y = 0; Y < Shot.height(); ++Y)
+            for (int X = 0; X < Shot.width(); ++X)
+                if (std::abs(Shot.pixelColor(X, Y).lightness() - Back.lightness()) > 60) ++Outline;
+        EXPECT_GT(Outline, 20) << "pixels of the unchecked box that differ clearly from the cell";
+    }
+}
+
 TEST_F(GridViewTest, ColumnsStretchToTheWidth) {
     Grid->SetColStretchOptions(csoAutoStretch);
     int Total = 0;
