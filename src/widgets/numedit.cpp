@@ -49,7 +49,27 @@ bool IsFloatDataType(TDataType DataType) {
     return DataType == dtDouble || DataType == dtExtended || DataType == dtSingle;
 }
 
+// WCAG contrast ratio of two colours, 1 (none) to 21 (black on white).
+double Contrast(const QColor& A, const QColor& B) {
+    const auto Luminance = [](const QColor& C) {
+        const auto Channel = [](double V) {
+            return V <= 0.04045 ? V / 12.92 : std::pow((V + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * Channel(C.redF()) + 0.7152 * Channel(C.greenF()) + 0.0722 * Channel(C.blueF());
+    };
+    const double La = Luminance(A), Lb = Luminance(B);
+    return (std::max(La, Lb) + 0.05) / (std::min(La, Lb) + 0.05);
+}
+
 } // namespace
+
+QColor TCustomNumEditPrivate::DrawnNegColor(const QPalette& Palette) const {
+    constexpr double Readable = 4.5; // the usual minimum for body text
+    const QColor Base = Palette.color(QPalette::Active, QPalette::Base);
+    if (FNegColSet || Contrast(FNegColor, Base) >= Readable) return FNegColor;
+    if (Contrast(FNormalColor, Base) >= Readable) return FNormalColor;
+    return Base.lightnessF() < 0.5 ? QColor(Qt::white) : QColor(Qt::black);
+}
 
 TCustomNumEdit::TCustomNumEdit(QWidget* Parent)
     : QLineEdit(Parent), d(std::make_unique<TCustomNumEditPrivate>()) {
@@ -364,6 +384,7 @@ void TCustomNumEdit::SetAllowEmpty(bool AValue) {
 
 void TCustomNumEdit::SetNegCol(const QColor& AValue) {
     d->FNegColor = AValue;
+    d->FNegColSet = true;
     FormatText();
 }
 
@@ -428,7 +449,7 @@ void TCustomNumEdit::FormatText() {
     }
     d->FFormattedText = GetValueString(d->FValue);
     SetTextIfDiffers(d->FFormattedText);
-    d->FFontColor = d->FValue < 0 ? d->FNegColor : d->FNormalColor;
+    d->FFontColor = d->FValue < 0 ? d->DrawnNegColor(palette()) : d->FNormalColor;
     ApplyTextColour();
 }
 

@@ -394,12 +394,17 @@ void TCustomNumEdit::inputMethodEvent(QInputMethodEvent* E) {
 bool TCustomNumEdit::event(QEvent* E) {
     const QEvent::Type Type = E->type();
     if (Type == QEvent::PaletteChange && !d->FApplyingPalette) {
-        // The host changed the palette: its text colour is the new normal colour.
+        // The host changed the palette: its text colour is the new normal colour, and its base
+        // decides whether the default negative colour still reads.
         const QColor Text = palette().color(QPalette::Active, QPalette::Text);
-        if (Text != d->FAppliedColour) {
+        const bool NewText = Text != d->FAppliedColour;
+        if (NewText) {
             d->FNormalColor = Text;
             d->FAppliedColour = Text;
-            if (!(d->FValue < 0)) d->FFontColor = d->FNormalColor;
+        }
+        const QColor Wanted = d->FValue < 0 ? d->DrawnNegColor(palette()) : d->FNormalColor;
+        if (NewText || Wanted != d->FFontColor) {
+            d->FFontColor = Wanted;
             const bool Result = QLineEdit::event(E);
             ApplyTextColour();
             return Result;

@@ -5,6 +5,7 @@
 #include <qxnum/widgets/numedit.h>
 
 #include <QColor>
+#include <QPalette>
 #include <QString>
 
 namespace qxnum {
@@ -55,7 +56,11 @@ public:
     bool FEvaluating = false;      // an expression of this edit is being calculated
     bool FApplyingPalette = false; // our own palette change, not the host's
     QColor FFontColor;             // the colour FormatText chose (negative or normal)
-    QColor FAppliedColour;         // the text colour last put into the palette
+    bool FNegColSet = false;       // the host chose NegCol: it is drawn exactly as chosen
+    // The colour negative values are drawn in: NegCol when the host chose it or when the default
+    // (black) reads on Base; otherwise a colour that does (deliberate deviation 8).
+    QColor DrawnNegColor(const QPalette& Palette) const;
+    QColor FAppliedColour; // the text colour last put into the palette
     // The text FormatText last showed; while the text equals it the held value is not re-read.
     QString FFormattedText;
     Extended FSignalledValue = 0.0L; // the value valueChanged last reported

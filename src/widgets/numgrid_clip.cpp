@@ -117,13 +117,33 @@ QMenu* TNumGrid::createStandardContextMenu() {
     Redo->setShortcut(QKeySequence::Redo);
     Redo->setEnabled(Stack->canRedo());
     Menu->addSeparator();
-    QAction* Copy = Menu->addAction(Tr("&Copy table"), this, [this] { CopyToClipboard(); });
+    // As Ctrl+C: a selection of more than one cell is copied as selected, else the whole table.
+    QAction* Copy =
+        D->MultiCellSelection()
+            ? Menu->addAction(Tr("&Copy selection"), this, [D] { D->CopyCells(D->SelectedCells()); })
+            : Menu->addAction(Tr("&Copy table"), this, [this] { CopyToClipboard(); });
     Copy->setShortcut(QKeySequence::Copy);
     Copy->setEnabled(!D->View->EditorOpen);
     QAction* Paste = Menu->addAction(Tr("&Paste"), this, [this] { PasteFromClipboard(); });
     Paste->setShortcut(QKeySequence::Paste);
     const QMimeData* Mime = QGuiApplication::clipboard()->mimeData();
     Paste->setEnabled(D->FAllowPaste && !GetReadOnly() && Mime && Mime->hasText());
+    Menu->addSeparator();
+    // The row operations of the navigator, with the grid's own confirmation and undo steps.
+    const bool Rows = !GetReadOnly() && !D->FRowCountFixed;
+    QAction* Insert = Menu->addAction(Tr("&Insert row"), this, [this, D] {
+        D->CommitEdit();
+        if (!CheckGrid()) return;
+        TGridUndoStep Step(D, Row() - 1, 3, "Insert row");
+        InsertRow(Row());
+    });
+    Insert->setEnabled(Rows);
+    QAction* Delete = Menu->addAction(Tr("&Delete row"), this, [this, D] {
+        D->CommitEdit();
+        TGridUndoStep Step(D, Row() - 1, 3, "Delete row");
+        DeleteARow(Row());
+    });
+    Delete->setEnabled(Rows && Row() >= D->FFixedRows && RowCount() > D->FFixedRows);
     return Menu;
 }
 
@@ -287,22 +307,28 @@ void TNumGrid::PasteFromClipboard() {
 bool TNumGrid::CopyToClipboard() {
     TNumGridPrivate* D = Priv();
     if (D->View->EditorOpen) return false;
-    const QString SavedHint = toolTip();
-    setToolTip(Tr("Click mouse or type \"e\" to stop"));
-    D->Pasting_or_Copying = true;
+    // The columns a paste answered Yes starts at, so that copy and paste are each other's inverse.
+    const int FirstCol = D->FAlwaysPasteFromLeftCol ? 0 : std::min(D->FFixedCols, ColCount());
+    return D->CopyCells(QRect(QPoint(FirstCol, 0), QPoint(ColCount() - 1, RowCount() - 1)));
+}
+
+bool TNumGridPrivate::CopyCells(const QRect& Area) {
+    if (View->EditorOpen) return false;
+    const QString SavedHint = q->toolTip();
+    q->setToolTip(Tr("Click mouse or type \"e\" to stop"));
+    Pasting_or_Copying = true;
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     bool Result = false;
     try {
-        // The columns a paste answered Yes starts at, so that copy and paste are each other's inverse.
-        const int FirstCol = D->FAlwaysPasteFromLeftCol ? 0 : std::min(D->FFixedCols, ColCount());
+        const QRect Cells = Area & QRect(0, 0, Store.ColCount(), Store.RowCount());
         QString Text, Html = QStringLiteral("<table>\n");
-        for (int R = 0; R < RowCount(); ++R) {
+        for (int R = Cells.top(); R <= Cells.bottom(); ++R) {
             Html += QStringLiteral("<tr>");
-            const char* Tag = R < D->FFixedRows ? "th" : "td";
-            for (int C = FirstCol; C < ColCount(); ++C) {
-                if (C > FirstCol) Text += QLatin1Char('\t');
-                Text += FlatCell(D->Store.Cell(C, R));
-                Html += QStringLiteral("<%1>%2</%1>").arg(QLatin1String(Tag), HtmlCell(D->Store.Cell(C, R)));
+            const char* Tag = R < FFixedRows ? "th" : "td";
+            for (int C = Cells.left(); C <= Cells.right(); ++C) {
+                if (C > Cells.left()) Text += QLatin1Char('\t');
+                Text += FlatCell(Store.Cell(C, R));
+                Html += QStringLiteral("<%1>%2</%1>").arg(QLatin1String(Tag), HtmlCell(Store.Cell(C, R)));
             }
             Text += QStringLiteral("\r\n");
             Html += QStringLiteral("</tr>\n");
@@ -317,9 +343,9 @@ bool TNumGrid::CopyToClipboard() {
         Result = false;
     }
     QGuiApplication::restoreOverrideCursor();
-    setToolTip(SavedHint);
-    D->Pasting_or_Copying = false;
-    if (!Result) MessageDlg(Tr("Error copying NumGrid to Clipboard\r\nin ") + D->OwnerName(), mtError, mbOK);
+    q->setToolTip(SavedHint);
+    Pasting_or_Copying = false;
+    if (!Result) MessageDlg(Tr("Error copying NumGrid to Clipboard\r\nin ") + OwnerName(), mtError, mbOK);
     return Result;
 }
 

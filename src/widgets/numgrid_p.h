@@ -127,6 +127,10 @@ public:
     bool FIgnoreRowCountRead = false;
     bool FIgnoreColPropsRead = false;
     QString OldCelltxt;
+    // Moves of the current cell that SelectCell has reported (CheckCellChange), and where the last
+    // one ended: the navigator reports a row change only when no such report covers it.
+    quint64 MovesReported = 0;
+    QPoint LastReportedCell;
     TGridOptions DesignSaveOptions;
     bool Updating = false;
     bool DialogCancelled = false;
@@ -191,6 +195,8 @@ public:
     void OpenEditor(const QString* Initial);
     void CommitEdit();
     void CancelEdit();
+    // Hides the editor's widget without letting the focus wander through the grid's cells.
+    void HideEditorWidget();
     // Checks the current cell when an edit changed it; false (message shown) when it is invalid.
     bool ValidateCurrent();
     void MoveTo(int C, int R, bool Extend);
@@ -200,6 +206,16 @@ public:
     void EditorKey(QKeyEvent* E);
     // A check box toggled by the user (one undoable step).
     void UserToggle(int C, int R);
+    // The navigator's row change that no SelectCell reported (a deleted last row, a cleared table).
+    void ReportRowChange(int OldRow) { q->CheckCellChange(FCol, OldRow); }
+    // The selected cells: the rectangle from the anchor to the current cell (whole rows with
+    // goRowSelect). More than one cell changes what Ctrl+C, Delete and Backspace do.
+    QRect SelectedCells() const;
+    bool MultiCellSelection() const;
+    // Delete / Backspace: the selected cells of editable columns are cleared, as one undo step.
+    void ClearSelectedCells();
+    // Puts the cells of Area on the clipboard (text and HTML); title rows as table headers.
+    bool CopyCells(const QRect& Area);
     // The focus left the grid for another widget of the window.
     void LeaveGrid();
     void PaintCell(QPainter& P, int C, int R, const QRect& Rect);

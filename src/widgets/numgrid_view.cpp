@@ -224,13 +224,18 @@ void TNumGridPrivate::UpdateScrollBars() {
     const int MaxTop = MaxTopRow(), MaxLeft = MaxLeftCol();
     S.TopRow = std::clamp(S.TopRow, FFixedRows, std::max(FFixedRows, MaxTop));
     S.LeftCol = std::clamp(S.LeftCol, FFixedCols, std::max(FFixedCols, MaxLeft));
-    const QSignalBlocker B1(VBar), B2(HBar);
+    // The bars' signals stay on: their range changes are what shows or hides them (no scroll bar
+    // while the cells fit). Their value changes on the way are no scrolling.
+    const int Top = S.TopRow, Left = S.LeftCol;
+    const bool Old = S.SyncingBars;
+    S.SyncingBars = true;
     VBar->setRange(0, std::max(0, MaxTop - FFixedRows));
     VBar->setPageStep(std::max(1, q->VisibleRowCount()));
-    VBar->setValue(S.TopRow - FFixedRows);
+    VBar->setValue(Top - FFixedRows);
     HBar->setRange(0, std::max(0, MaxLeft - FFixedCols));
     HBar->setPageStep(std::max(1, q->VisibleColCount()));
-    HBar->setValue(S.LeftCol - FFixedCols);
+    HBar->setValue(Left - FFixedCols);
+    S.SyncingBars = Old;
 }
 
 void TNumGridPrivate::Stretch() {
@@ -341,7 +346,7 @@ void TNumGridPrivate::PlaceEditor() {
     if (!S.EditorOpen || !S.Editor) return;
     const QRect R = q->CellRect(FCol, FRow);
     if (R.isEmpty()) {
-        S.Editor->hide();
+        HideEditorWidget();
         return;
     }
     S.Editor->setGeometry(R.adjusted(1, 1, -1, -1));
@@ -375,12 +380,21 @@ void TNumGridPrivate::OpenEditor(const QString* Initial) {
     }
 }
 
+void TNumGridPrivate::HideEditorWidget() {
+    TGridViewState& S = *View;
+    // Hiding the focused editor would let Qt move the focus on through the grid's
+    // focusNextPrevChild, which with goTabs moves the current cell one column on: the grid takes the
+    // focus first (while EditorOpen still says that this is no entering of the grid).
+    if (S.Editor->hasFocus() && q->isVisible()) q->setFocus(Qt::OtherFocusReason);
+    S.Editor->hide();
+}
+
 void TNumGridPrivate::CommitEdit() {
     TGridViewState& S = *View;
     if (!S.EditorOpen) return;
-    S.EditorOpen = false;
     const QString Text = S.Editor->text();
-    S.Editor->hide();
+    HideEditorWidget();
+    S.EditorOpen = false;
     if (q->CanEditModify() && Text != Store.Cell(FCol, FRow)) {
         TGridUndoStep Step(this, FRow, 1, "Edit cell");
         q->SetCells(FCol, FRow, Text);
@@ -395,8 +409,8 @@ void TNumGridPrivate::CommitEdit() {
 void TNumGridPrivate::CancelEdit() {
     TGridViewState& S = *View;
     if (!S.EditorOpen) return;
+    HideEditorWidget();
     S.EditorOpen = false;
-    S.Editor->hide();
     q->setFocus(Qt::OtherFocusReason);
     q->viewport()->update();
 }
@@ -501,6 +515,38 @@ void TNumGridPrivate::UserToggle(int C, int R) {
     q->ToggleCheckedStatus(C, R);
 }
 
+QRect TNumGridPrivate::SelectedCells() const {
+    const TGridViewState& S = *View;
+    const int Top = std::min(S.AnchorRow, FRow), Bottom = std::max(S.AnchorRow, FRow);
+    if (FOptions.testFlag(goRowSelect))
+        return QRect(QPoint(FFixedCols, Top), QPoint(std::max(FFixedCols, Store.ColCount() - 1), Bottom));
+    return QRect(QPoint(std::min(S.AnchorCol, FCol), Top), QPoint(std::max(S.AnchorCol, FCol), Bottom));
+}
+
+bool TNumGridPrivate::MultiCellSelection() const {
+    const QRect Area = SelectedCells();
+    return Area.width() > 1 || Area.height() > 1;
+}
+
+void TNumGridPrivate::ClearSelectedCells() {
+    const QRect Area = SelectedCells() & QRect(0, 0, Store.ColCount(), Store.RowCount());
+    bool Any = false;
+    for (int C = Area.left(); C <= Area.right(); ++C)
+        Any = Any || CellEditable(C, Area.top());
+    if (!Any) {
+        QApplication::beep();
+        return;
+    }
+    TGridUndoStep Step(this, Area.top(), Area.height(), "Clear cells");
+    for (int R = Area.top(); R <= Area.bottom(); ++R)
+        for (int C = Area.left(); C <= Area.right(); ++C) {
+            if (!CellEditable(C, R)) continue;
+            const TNumColumn* Column = FColumns->Items(C);
+            // A check box keeps its stored form; any other cell becomes empty (a number reads as 0).
+            q->SetCells(C, R, Column && Column->CheckBoxCol() ? QStringLiteral("FALSE") : QString());
+        }
+}
+
 void TNumGridPrivate::EditorKey(QKeyEvent* E) {
     CommitEdit();
     q->keyPressEvent(E);
@@ -543,6 +589,8 @@ bool TNumGrid::SelectCell(int ACol, int ARow) {
     D->View->CellEdited = false;
     D->ScrollIntoView(ACol, ARow);
     CheckCellChange(OldCol, OldRow);
+    ++D->MovesReported;
+    D->LastReportedCell = QPoint(D->FCol, D->FRow);
     D->NotifyAccessibleFocus();
     D->View->Moving = false;
     viewport()->update();
@@ -785,6 +833,15 @@ void TNumGridPrivate::PaintCell(QPainter& P, int C, int R, const QRect& Rect) {
                     (q->CheckedStatus(C, R) ? QStyle::State_On : QStyle::State_Off);
         if (ReadOnly) Opt.state &= ~QStyle::State_Enabled;
         q->style()->drawPrimitive(QStyle::PE_IndicatorCheckBox, &Opt, &P, q);
+        // Styles outline the box in a shade of the window colour, which all but vanishes on a
+        // dark palette: the box gets an outline in the cell's text colour there.
+        if (Back.lightnessF() < 0.5) {
+            QColor Outline = Fore;
+            Outline.setAlphaF(ReadOnly ? 0.4f : 0.7f);
+            P.setPen(QPen(Outline, 1));
+            P.setBrush(Qt::NoBrush);
+            P.drawRect(QRectF(Opt.rect).adjusted(0.5, 0.5, -0.5, -0.5));
+        }
     } else if (!Text.isEmpty()) {
         P.setFont(Column ? Column->Font() : q->font());
         P.setPen(Fore);
@@ -881,6 +938,7 @@ void TNumGrid::resizeEvent(QResizeEvent* E) {
 
 void TNumGrid::scrollContentsBy(int, int) {
     TNumGridPrivate* D = Priv();
+    if (D->View->SyncingBars) return;
     D->View->TopRow = D->FFixedRows + verticalScrollBar()->value();
     D->View->LeftCol = D->FFixedCols + horizontalScrollBar()->value();
     D->PlaceEditor();
@@ -938,6 +996,11 @@ void TNumGrid::keyPressEvent(QKeyEvent* E) {
     case Qt::Key_F2:
         ShowEditor();
         return;
+    case Qt::Key_Delete:
+    case Qt::Key_Backspace:
+        if (E->modifiers() & ~Qt::KeypadModifier) break;
+        D->ClearSelectedCells();
+        return;
     case Qt::Key_Space: {
         TNumColumn* Column = D->FColumns->Items(C);
         if (Column && Column->CheckBoxCol()) {
@@ -954,7 +1017,10 @@ void TNumGrid::keyPressEvent(QKeyEvent* E) {
         return;
     }
     if (E->matches(QKeySequence::Copy)) {
-        CopyToClipboard();
+        if (D->MultiCellSelection())
+            D->CopyCells(D->SelectedCells());
+        else
+            CopyToClipboard();
         return;
     }
     if (E->matches(QKeySequence::Undo)) {

@@ -47,6 +47,7 @@ struct TGridViewState {
     int SizingCol = -1;     // column being resized by the mouse
     int SizingStartX = 0, SizingStartWidth = 0;
     bool Moving = false;         // re-entrance guard of the current-cell move
+    bool SyncingBars = false;    // the view sets its scroll bars: their moves are no scrolling
     bool Validating = false;     // a message about the current cell is on screen
     std::vector<int> BaseWidths; // widths before stretching
     // Changes told while the grid is updating: the view catches up once, in EndUpdate.

@@ -13,6 +13,7 @@
 #include <QStyleOptionFocusRect>
 #include <QSvgRenderer>
 #include <QTimer>
+#include <QUndoStack>
 
 #include <array>
 
@@ -289,6 +290,8 @@ void TNumGridNavigator::BtnClick(TNumGridBtn Index) {
     const QPointer<TNumGridNavigator> Self(this);
     if (TNumGrid* G = d->Grid) {
         TNumGridPrivate* D = TNumGridPrivate::Of(G);
+        const int OldRow = G->Row();
+        const quint64 Reports = D->MovesReported;
         if (Index == ngbDelete) {
             TGridUndoStep DeleteStep(D, G->Row() - 1, 3, "Delete row");
             G->DeleteARow(G->Row());
@@ -341,7 +344,11 @@ void TNumGridNavigator::BtnClick(TNumGridBtn Index) {
         default:
             break;
         }
-        // The grid's move has reported itself (CheckCellChange) already: no second report.
+        // A row change is reported once: the Row setter's own report covers it when it ended on
+        // the current cell; a deleted last row or a cleared table has none, so it is made here.
+        if (d->Grid && G->Row() != OldRow &&
+            (D->MovesReported == Reports || D->LastReportedCell != QPoint(G->Col(), G->Row())))
+            D->ReportRowChange(OldRow);
     }
     if (!Self) return;
     if (d->OnNavClick) d->OnNavClick(this, Index);
@@ -387,7 +394,33 @@ void TNumGridNavigator::focusOutEvent(QFocusEvent* E) {
     SetFocusedButton(d->Focused);
 }
 
+namespace {
+bool IsUndoKey(const QKeyEvent* E) {
+    return E->matches(QKeySequence::Undo);
+}
+// Ctrl+Y as well as the platform's redo key, as in the grid.
+bool IsRedoKey(const QKeyEvent* E) {
+    return E->matches(QKeySequence::Redo) || (E->key() == Qt::Key_Y && E->modifiers() == Qt::ControlModifier);
+}
+} // namespace
+
+bool TNumGridNavigator::event(QEvent* E) {
+    // Undo and redo belong to the driven grid's history, not to the window's shortcuts.
+    if (E->type() == QEvent::ShortcutOverride && d->Grid) {
+        auto* K = static_cast<QKeyEvent*>(E);
+        if (IsUndoKey(K) || IsRedoKey(K)) {
+            E->accept();
+            return true;
+        }
+    }
+    return QWidget::event(E);
+}
+
 void TNumGridNavigator::keyPressEvent(QKeyEvent* E) {
+    if (TNumGrid* G = d->Grid; G && (IsUndoKey(E) || IsRedoKey(E))) {
+        IsUndoKey(E) ? G->UndoStack()->undo() : G->UndoStack()->redo();
+        return;
+    }
     const int Step = E->key() == Qt::Key_Left ? -1 : E->key() == Qt::Key_Right ? 1 : 0;
     if (Step != 0) {
         for (int I = d->Focused + Step; I >= 0 && I < ButtonCount; I += Step)

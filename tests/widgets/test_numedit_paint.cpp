@@ -165,3 +165,52 @@ TEST(NumEditPaint, NegativeReadOnlyAndHostColours) {
     EXPECT_GT(Count(Bluish), 10);
     EXPECT_EQ(Count(Reddish), 0);
 }
+
+// Unlike the original (deliberate deviation 8): NegCol left at black is drawn readable on a dark
+// palette; black stays what NegCol() says, and a colour the host sets is drawn exactly.
+TEST(NumEditPaint, DefaultNegativeColourReadsOnADarkPaletteAndAHostColourIsKept) {
+    QPalette Dark;
+    Dark.setColor(QPalette::Base, QColor(30, 30, 32));
+    Dark.setColor(QPalette::Window, QColor(45, 45, 48));
+    Dark.setColor(QPalette::Text, QColor(225, 225, 225));
+    Dark.setColor(QPalette::WindowText, QColor(225, 225, 225));
+    const auto Light = [](QColor C) { return C.lightness() > 150; };
+    const auto Dim = [](QColor C) { return C.lightness() < 60; };
+    struct {
+        const char* Name;
+        bool DarkPalette;
+        QColor Host; // invalid: NegCol left alone
+        std::function<bool(QColor)> IsInk;
+    } const Cases[] = {
+        {"light palette, default", false, {}, Dim},
+        {"dark palette, default", true, {}, Light},
+        {"dark palette, black set by the host", true, QColor(Qt::black), Dim},
+        {"dark palette, red set by the host", true, QColor(Qt::red),
+         [](QColor C) { return C.red() > 150 && C.green() < 90 && C.blue() < 90; }},
+    };
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        QWidget Window;
+        if (C.DarkPalette) Window.setPalette(Dark);
+        auto* E = new TNumEdit(&Window);
+        E->setMinimumWidth(200);
+        E->resize(200, E->sizeHint().height());
+        E->SetMin(-1000);
+        E->SetMax(1000);
+        if (C.Host.isValid()) E->SetNegCol(C.Host);
+        E->SetValue(-12.5);
+        EXPECT_EQ(E->NegCol(), C.Host.isValid() ? C.Host : QColor(Qt::black)) << "the stored colour";
+        if (C.Host.isValid()) {
+            EXPECT_EQ(E->palette().color(QPalette::Active, QPalette::Text), C.Host) << "drawn exactly";
+        }
+        EXPECT_GT(InkOf(Render(E, 1), Qt::white, C.IsInk).Count, 10);
+    }
+    // A palette turned dark after a negative value was shown re-chooses the default's colour.
+    QWidget Window;
+    auto* E = new TNumEdit(&Window);
+    E->resize(200, E->sizeHint().height());
+    E->SetMin(-1000);
+    E->SetValue(-12.5);
+    Window.setPalette(Dark);
+    EXPECT_GT(InkOf(Render(E, 1), Qt::white, Light).Count, 10);
+}

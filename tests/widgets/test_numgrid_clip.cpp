@@ -16,6 +16,7 @@
 #include <QTextDocument>
 #include <QTextTable>
 #include <QTimer>
+#include <QUndoStack>
 #include <QWidget>
 #include <gtest/gtest.h>
 
@@ -330,7 +331,7 @@ TEST_F(PasteTest, TheContextMenuOffersUndoRedoCopyAndPaste) {
     QList<QAction*> Actions;
     for (QAction* A : Menu->actions())
         if (!A->isSeparator()) Actions << A;
-    ASSERT_EQ(Actions.size(), 4);
+    ASSERT_EQ(Actions.size(), 6) << "and Insert row, Delete row";
     EXPECT_FALSE(Actions[0]->isEnabled()) << "nothing to undo";
     EXPECT_FALSE(Actions[1]->isEnabled());
     EXPECT_FALSE(Actions[3]->isEnabled()) << "nothing to paste";
@@ -349,6 +350,132 @@ TEST_F(PasteTest, TheContextMenuOffersUndoRedoCopyAndPaste) {
     Grid->SetAllowPaste(false);
     Menu.reset(Grid->createStandardContextMenu());
     EXPECT_FALSE(Menu->actions()[4]->isEnabled()) << "AllowPaste gates the menu too";
+}
+
+// ---- keys and menu on the selection, as in every spreadsheet (deliberate deviation 9) -----------
+
+struct SelectionTest : PasteTest {
+    SelectionTest() {
+        Grid->resize(420, 200);
+        Grid->SetRowCount(4);
+        for (int R = 1; R < 4; ++R)
+            for (int C = 0; C < 5; ++C)
+                Grid->SetCells(C, R, QString::number(R * 10 + C));
+    }
+    void SetUp() override { ASSERT_TRUE(qxnum::test::Activate(Form, Grid)); }
+    // From cell A, a shift-click on cell B.
+    void Select(QPoint A, QPoint B) {
+        Grid->SetCol(A.x());
+        Grid->SetRow(A.y());
+        if (A != B)
+            QTest::mouseClick(Grid->viewport(), Qt::LeftButton, Qt::ShiftModifier,
+                              Grid->CellRect(B.x(), B.y()).center());
+        ASSERT_EQ(QPoint(Grid->Col(), Grid->Row()), B);
+    }
+};
+
+TEST_F(SelectionTest, CtrlCCopiesASelectionOfMoreThanOneCellAndElseTheWholeTable) {
+    struct {
+        const char* Name;
+        QPoint From, To;
+        bool RowSelect;
+        const char* Text; // nullptr: the whole table, title row first
+    } const Cases[] = {
+        {"one cell", {2, 2}, {2, 2}, false, nullptr},
+        {"a block", {1, 1}, {2, 2}, false, "11\t12\r\n21\t22\r\n"},
+        {"a block selected upwards", {3, 3}, {2, 2}, false, "22\t23\r\n32\t33\r\n"},
+        {"one column", {4, 1}, {4, 3}, false, "14\r\n24\r\n34\r\n"},
+        {"whole rows", {3, 2}, {3, 3}, true, "21\t22\t23\t24\r\n31\t32\t33\t34\r\n"},
+    };
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        Grid->SetOptions(C.RowSelect ? Grid->Options() | goRowSelect
+                                     : Grid->Options() & ~TGridOptions(goRowSelect));
+        Select(C.From, C.To);
+        QGuiApplication::clipboard()->clear();
+        QTest::keyClick(Grid, Qt::Key_C, Qt::ControlModifier);
+        const QString Got = QGuiApplication::clipboard()->text();
+        if (C.Text) {
+            EXPECT_EQ(Got.toStdString(), C.Text);
+        } else {
+            EXPECT_EQ(Got.count(QStringLiteral("\r\n")), 4) << "every row, the title row included";
+            EXPECT_TRUE(Got.startsWith(Grid->Cells(1, 0).split(QStringLiteral("\r\n")).first()));
+        }
+        std::unique_ptr<QMenu> Menu(Grid->createStandardContextMenu());
+        EXPECT_EQ(Menu->actions()[3]->text(),
+                  C.Text ? QStringLiteral("&Copy selection") : QStringLiteral("&Copy table"))
+            << "the menu copies what Ctrl+C copies";
+    }
+}
+
+TEST_F(SelectionTest, DeleteAndBackspaceClearTheSelectedEditableCellsAsOneUndoStep) {
+    Grid->Columns()->Items(2)->SetReadOnly(true);
+    Grid->Columns()->Items(3)->SetCheckBoxCol(true);
+    Grid->Columns()->Items(4)->SetStringCol(true);
+    for (const Qt::Key Key : {Qt::Key_Delete, Qt::Key_Backspace}) {
+        SCOPED_TRACE(QKeySequence(Key).toString().toStdString());
+        for (int R = 1; R < 4; ++R)
+            Grid->SetCheckedStatus(3, R, true);
+        const QStringList Before[] = {Grid->Rows(0), Grid->Rows(1), Grid->Rows(2), Grid->Rows(3)};
+        Grid->UndoStack()->clear();
+        Select({1, 1}, {4, 2});
+        QTest::keyClick(Grid, Key);
+        for (int R = 0; R < 4; ++R)
+            for (int C = 0; C < 5; ++C) {
+                const bool Cleared = R >= 1 && R <= 2 && C != 0 && C != 2;
+                const QString Want = !Cleared ? Before[R][C] : C == 3 ? QStringLiteral("FALSE") : QString();
+                EXPECT_EQ(Grid->Cells(C, R), Want) << C << "," << R;
+            }
+        EXPECT_EQ(Grid->UndoStack()->count(), 1);
+        QTest::keyClick(Grid, Qt::Key_Z, Qt::ControlModifier);
+        for (int R = 0; R < 4; ++R)
+            EXPECT_EQ(Grid->Rows(R), Before[R]) << "undone, row " << R;
+        // One cell: just that cell.
+        Select({4, 3}, {4, 3});
+        QTest::keyClick(Grid, Key);
+        EXPECT_EQ(Grid->Cells(4, 3), QString());
+        EXPECT_EQ(Grid->Cells(1, 3), Before[3][1]);
+        Grid->SetCells(4, 3, Before[3][4]);
+    }
+    EXPECT_EQ(Dialogs.Count(), 0);
+}
+
+TEST_F(SelectionTest, TheContextMenuInsertsAndDeletesRowsThroughTheGrid) {
+    const auto Trigger = [this](const char* Text) {
+        std::unique_ptr<QMenu> Menu(Grid->createStandardContextMenu());
+        for (QAction* A : Menu->actions())
+            if (A->text() == QLatin1String(Text)) {
+                EXPECT_TRUE(A->isEnabled()) << Text;
+                A->trigger();
+                return;
+            }
+        ADD_FAILURE() << Text << " is not in the menu";
+    };
+    int NewRows = 0;
+    Grid->SetOnNewRow([&](QObject*, int ARow) {
+        EXPECT_EQ(ARow, 2);
+        ++NewRows;
+    });
+    Grid->SetRow(2);
+    Grid->UndoStack()->clear();
+    Trigger("&Insert row");
+    EXPECT_EQ(NewRows, 1);
+    ASSERT_EQ(Grid->RowCount(), 5);
+    EXPECT_EQ(Grid->Cells(1, 3), QStringLiteral("21")) << "the rows from 2 on moved down";
+    Grid->SetConfirmDelete(true);
+    Dialogs.Script({mrCancel});
+    Trigger("&Delete row");
+    EXPECT_EQ(Dialogs.Messages().last(), QStringLiteral("Delete Row ?"));
+    EXPECT_EQ(Grid->RowCount(), 5);
+    Dialogs.Script({mrOk});
+    Trigger("&Delete row");
+    EXPECT_EQ(Grid->RowCount(), 4);
+    EXPECT_EQ(Grid->Cells(1, 2), QStringLiteral("21"));
+    EXPECT_EQ(Grid->UndoStack()->count(), 2) << "each a step of the history";
+    Grid->SetRowCountFixed(true);
+    std::unique_ptr<QMenu> Menu(Grid->createStandardContextMenu());
+    EXPECT_FALSE(Menu->actions().at(Menu->actions().size() - 1)->isEnabled());
+    EXPECT_FALSE(Menu->actions().at(Menu->actions().size() - 2)->isEnabled());
 }
 
 TEST(AddToLinesTest, FixedAndTitleWidthsWithSeparators) {

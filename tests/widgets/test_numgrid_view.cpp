@@ -2,6 +2,7 @@
 // of large grids and the accessible table. Run at device pixel ratio 1 and (through QT_SCALE_FACTOR,
 // see tests/CMakeLists.txt) 2.
 #include <qxnum/widgets/numgrid.h>
+#include <qxnum/widgets/timeseriesgrid.h>
 
 #include "dialogrecorder.h"
 #include "settingsguard.h"
@@ -223,6 +224,67 @@ TEST_F(GridViewTest, ScrollBarsOnlyWhenTheCellsDoNotFit) {
     EXPECT_EQ(Grid->TopRow(), 1);
 }
 
+// The case editor's speed line: seven stretched columns, nine rows, in a layout.
+TEST(GridLookTest, NoScrollBarsWhileTheCellsFitAndThemWhenTheyDoNot) {
+    QWidget Form;
+    auto* L = new QVBoxLayout(&Form);
+    auto* Grid = new TNumGrid(&Form);
+    L->addWidget(Grid);
+    Grid->SetColCount(7);
+    Grid->SetRowCount(9);
+    Grid->SetColStretchOptions(csoAutoStretch);
+    Form.resize(760, 460);
+    Form.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&Form));
+    const auto Bars = [&] {
+        QCoreApplication::processEvents(); // the scroll area shows and hides its bars queued
+        return std::pair(Grid->horizontalScrollBar()->isVisible(), Grid->verticalScrollBar()->isVisible());
+    };
+    EXPECT_EQ(Bars(), std::pair(false, false));
+    Grid->SetRowCount(200);
+    EXPECT_EQ(Bars(), std::pair(false, true));
+    Grid->SetColStretchOptions({});
+    Grid->SetColCount(20);
+    EXPECT_EQ(Bars(), std::pair(true, true));
+    Grid->SetColCount(7);
+    Grid->SetRowCount(9);
+    Grid->SetColStretchOptions(csoAutoStretch);
+    EXPECT_EQ(Bars(), std::pair(false, false));
+}
+
+// Check-box cells on a dark palette: the box stands out from the cell.
+TEST(GridLookTest, CheckBoxCellsAreVisibleOnADarkPalette) {
+    QPalette Dark;
+    for (auto [Role, Colour] : {std::pair{QPalette::Window, QColor(45, 45, 48)},
+                                {QPalette::Base, QColor(30, 30, 32)},
+                                {QPalette::AlternateBase, QColor(40, 40, 44)},
+                                {QPalette::Button, QColor(50, 50, 54)},
+                                {QPalette::Text, QColor(225, 225, 225)},
+                                {QPalette::WindowText, QColor(225, 225, 225)},
+                                {QPalette::ButtonText, QColor(225, 225, 225)}})
+        Dark.setColor(Role, Colour);
+    for (const bool IsDark : {false, true}) {
+        SCOPED_TRACE(IsDark ? "dark" : "light");
+        QWidget Form;
+        if (IsDark) Form.setPalette(Dark);
+        auto* Grid = new TNumGrid(&Form);
+        Grid->resize(400, 200);
+        Grid->Columns()->Items(2)->SetCheckBoxCol(true);
+        Grid->SetCells(2, 2, QStringLiteral("FALSE"));
+        Grid->SetCol(1); // the box is not the current cell
+        Form.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&Form));
+        const QRect Cell = Grid->CellRect(2, 2).adjusted(2, 2, -2, -2);
+        const QImage Shot = Grid->viewport()->grab(Cell).toImage();
+        const QColor Back = Shot.pixelColor(1, 1);
+        int Outline = 0;
+        for (int Y = 0; Y < Shot.height(); ++Y)
+            for (int X = 0; X < Shot.width(); ++X)
+                if (std::abs(Shot.pixelColor(X, Y).lightness() - Back.lightness()) > 60) ++Outline;
+        EXPECT_GT(Outline, 20) << "pixels of the unchecked box that differ clearly from the cell";
+    }
+}
+
 TEST_F(GridViewTest, ColumnsStretchToTheWidth) {
     Grid->SetColStretchOptions(csoAutoStretch);
     int Total = 0;
@@ -233,5 +295,115 @@ TEST_F(GridViewTest, ColumnsStretchToTheWidth) {
     EXPECT_EQ(Grid->ColWidths(1), Grid->DefaultColWidth());
     EXPECT_GT(Grid->ColWidths(4), Grid->DefaultColWidth());
 }
+
+// ---- typing with goTabs: the text lands in the cell it was typed into ----------------------------
+
+enum class Commit { Enter, Tab, ClickCell, ClickOther, Escape };
+
+struct TabsCase {
+    bool Series; // a TTimeSeriesGrid (column 0 holds the times, no fixed column) or a TNumGrid
+    Commit How;
+};
+
+struct TabsTypingTest : ::testing::TestWithParam<TabsCase> {
+    SettingsGuard Guard{TFormatSettings::Invariant(), TFormatSettings::Invariant()};
+    DialogRecorder Dialogs;
+    QWidget Form;
+    TNumGrid* Grid = nullptr;
+    QLineEdit* Other = nullptr;
+    TabsTypingTest() {
+        Form.setObjectName(QStringLiteral("Form"));
+        auto* L = new QVBoxLayout(&Form);
+        if (GetParam().Series) {
+            auto* S = new TTimeSeriesGrid(&Form);
+            S->SetAllowDataDialog(false);
+            S->SetColCount(5);
+            S->SetFixedCols(0);
+            Grid = S;
+        } else {
+            Grid = new TNumGrid(&Form);
+        }
+        Other = new QLineEdit(&Form);
+        L->addWidget(Grid);
+        L->addWidget(Other);
+        Form.resize(560, 360);
+        Grid->SetOptions(Grid->Options() | goTabs);
+        Grid->Columns()->Items(4)->SetStringCol(true);
+        Grid->SetRowCount(4);
+        for (int R = 1; R < 4; ++R)
+            for (int C = Grid->FixedCols(); C < 4; ++C)
+                Grid->SetDValues(C, R, R * 10);
+    }
+    void SetUp() override { ASSERT_TRUE(qxnum::test::Activate(Form, Grid)); }
+};
+
+TEST_P(TabsTypingTest, EveryColumnOfARowKeepsWhatWasTypedIntoIt) {
+    const Commit How = GetParam().How;
+    const int R = 2;
+    for (int C = Grid->FixedCols(); C < Grid->ColCount(); ++C) {
+        if (!Grid->hasFocus()) Grid->setFocus();
+        Grid->SetRow(R);
+        Grid->SetCol(C);
+        ASSERT_EQ(Grid->Col(), C);
+        const QStringList Before[] = {Grid->Rows(1), Grid->Rows(2), Grid->Rows(3)};
+        // Between the neighbours' 10 and 30, so the time column stays ascending.
+        const QString Typed = C == 4 ? QStringLiteral("x%1").arg(C) : QStringLiteral("1%1").arg(C + 2);
+        for (QChar Ch : Typed)
+            QTest::keyClick(QApplication::focusWidget(), Ch.toLatin1());
+        ASSERT_TRUE(Grid->EditorMode()) << C;
+        switch (How) {
+        case Commit::Enter:
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+            break;
+        case Commit::Tab:
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            break;
+        case Commit::Escape:
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+            break;
+        case Commit::ClickCell:
+            QTest::mouseClick(Grid->viewport(), Qt::LeftButton, {}, Grid->CellRect(C, 3).center());
+            break;
+        case Commit::ClickOther:
+            QTest::mouseClick(Other, Qt::LeftButton);
+            break;
+        }
+        EXPECT_FALSE(Grid->EditorMode()) << C;
+        for (int Row = 1; Row < 4; ++Row)
+            for (int Col = 0; Col < Grid->ColCount(); ++Col) {
+                const QString Was = Before[Row - 1].value(Col);
+                if (Row != R || Col != C || How == Commit::Escape) {
+                    EXPECT_EQ(Grid->Cells(Col, Row).toStdString(), Was.toStdString())
+                        << "typed into " << C << ", cell " << Col << "," << Row;
+                } else if (C == 4) {
+                    EXPECT_EQ(Grid->Cells(Col, Row).toStdString(), Typed.toStdString());
+                } else {
+                    EXPECT_EQ(Grid->GetCValues(Col, Row), Typed.toDouble()) << "typed into " << C;
+                }
+            }
+        // Where the current cell goes: down, right (wrapping), where clicked, or nowhere.
+        const int Cols = Grid->ColCount();
+        const std::pair<int, int> Want =
+            How == Commit::Enter ? std::pair{C, R + 1}
+            : How == Commit::Tab ? (C + 1 < Cols ? std::pair{C + 1, R} : std::pair{Grid->FixedCols(), R + 1})
+            : How == Commit::ClickCell ? std::pair{C, 3}
+                                       : std::pair{C, R};
+        EXPECT_EQ(std::pair(Grid->Col(), Grid->Row()), Want) << "typed into " << C;
+    }
+    EXPECT_EQ(Dialogs.Count(), 0);
+}
+
+const TabsCase TabsCases[] = {{false, Commit::Enter},     {false, Commit::Tab},
+                              {false, Commit::ClickCell}, {false, Commit::ClickOther},
+                              {false, Commit::Escape},    {true, Commit::Enter},
+                              {true, Commit::Tab},        {true, Commit::ClickCell},
+                              {true, Commit::ClickOther}, {true, Commit::Escape}};
+
+std::string TabsCaseName(const ::testing::TestParamInfo<TabsCase>& Info) {
+    const char* How[] = {"Enter", "Tab", "ClickCell", "ClickOther", "Escape"};
+    return std::string(Info.param.Series ? "Series" : "Grid") + How[static_cast<int>(Info.param.How)];
+}
+
+INSTANTIATE_TEST_SUITE_P(GridsAndCommits, TabsTypingTest, ::testing::ValuesIn(TabsCases), TabsCaseName);
 
 } // namespace

@@ -9,9 +9,11 @@
 
 #include "dialogrecorder.h"
 #include "fieldtest.h"
+#include "proptest.h"
 #include "settingsguard.h"
 #include "widgettest.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
@@ -438,6 +440,99 @@ TEST_F(NavTest, ButtonsMoveInsertDeleteAndPassRequestsOn) {
     Nav->BtnClick(ngbCancel);
     EXPECT_EQ(Grid->RowCount(), 2);
     EXPECT_EQ(Cleared, 1);
+}
+
+// A row change is reported once: by the Row setter when it moved the row, by the navigator when a
+// deleted last row or a cleared table moved it.
+TEST_F(NavTest, EveryRowChangeIsReportedOnceAndTakesTheNewCellsText) {
+    struct Case {
+        const char* Name;
+        TNumGridBtn Button;
+        int StartRow;
+        std::vector<QString> Events; // cell changes "C,R<-C,R" and text changes "txt C,R"
+        bool Arrived;                // the row changed: its text was taken on arrival
+    } const Cases[] = {
+        {"delete the last row", ngbDelete, 4, {"txt 1,4", "1,3<-1,4"}, true},
+        {"clear the table", ngbCancel, 3, {"txt 1,3", "1,1<-1,3"}, true},
+        {"delete a middle row", ngbDelete, 2, {}, false},
+        {"next", ngbNext, 2, {"1,3<-1,2"}, true},
+        {"append", ngbAdd, 2, {"1,5<-1,2"}, false}, // arrives before its row is initialised
+        {"insert", ngbInsert, 2, {}, false},
+    };
+    for (const Case& C : Cases) {
+        Grid->SetRowCount(5);
+        for (int R = 1; R < 5; ++R)
+            Grid->SetDValues(1, R, R);
+        Grid->SetCol(1);
+        Grid->SetRow(C.StartRow == 1 ? 2 : 1); // arriving at the start row takes its text
+        Grid->SetRow(C.StartRow);
+        std::vector<QString> Events;
+        Grid->SetOnCellChange([&](QObject*, int Col, int Row, int OldCol, int OldRow) {
+            Events.push_back(QStringLiteral("%1,%2<-%3,%4").arg(Col).arg(Row).arg(OldCol).arg(OldRow));
+        });
+        Grid->SetOnCellTxtChange([&](QObject*, int Col, int Row, const QString&) {
+            Events.push_back(QStringLiteral("txt %1,%2").arg(Col).arg(Row));
+        });
+        Dialogs.Script({mrYes});
+        Nav->BtnClick(C.Button);
+        EXPECT_EQ(Events, C.Events) << C.Name;
+        // The text of the cell now current was taken on arrival: leaving it unchanged reports nothing.
+        Events.clear();
+        Grid->SetCol(2);
+        if (C.Arrived) {
+            EXPECT_EQ(Events.size(), 1U) << C.Name << ": only the move, no text change";
+        }
+        Grid->SetOnCellChange(nullptr);
+        Grid->SetOnCellTxtChange(nullptr);
+    }
+}
+
+TEST_F(NavTest, PublishedPropertiesReachTheNavigator) {
+    auto* Series = new TTimeSeriesGrid(&Form);
+    Series->SetAllowDataDialog(false);
+    struct {
+        const char* Name;
+        QVariant Value;
+        std::function<QVariant()> Get;
+    } const Props[] = {
+        {"NumGrid", QVariant::fromValue(static_cast<TNumGrid*>(Series)),
+         [&] { return QVariant::fromValue(Nav->NumGrid()); }},
+        {"Hints", QStringList{QStringLiteral("Start")}, [&] { return QVariant(Nav->Hints()); }},
+        {"ConfirmDelete", true, [&] { return QVariant(Nav->ConfirmDelete()); }},
+        {"VisibleButtons", 5, [&] { return QVariant(static_cast<int>(Nav->VisibleButtons().to_ulong())); }},
+    };
+    for (const auto& P : Props) {
+        test::SetPublished(*Nav, P.Name, P.Value);
+        EXPECT_EQ(P.Get(), P.Value) << P.Name;
+    }
+    Nav->BtnClick(ngbAdd);
+    EXPECT_EQ(Series->RowCount(), 3) << "the grid set as a property is the one driven";
+}
+
+TEST_F(NavTest, UndoAndRedoKeysReachTheGridsHistoryFromTheNavigator) {
+    // A window shortcut on the same keys does not take them from the navigator.
+    int WindowUndo = 0;
+    auto* Undo = new QAction(&Form);
+    Undo->setShortcuts({QKeySequence::Undo, QKeySequence(Qt::CTRL | Qt::Key_Y)});
+    QObject::connect(Undo, &QAction::triggered, [&] { ++WindowUndo; });
+    Form.addAction(Undo);
+    ASSERT_TRUE(qxnum::test::Activate(Form, Nav));
+    Nav->BtnClick(ngbAdd);
+    ASSERT_EQ(Grid->RowCount(), 6);
+    struct {
+        Qt::Key Key;
+        Qt::KeyboardModifiers Mods;
+        int Rows;
+    } const Keys[] = {{Qt::Key_Z, Qt::ControlModifier, 5},
+                      {Qt::Key_Y, Qt::ControlModifier, 6},
+                      {Qt::Key_Z, Qt::ControlModifier, 5},
+                      {Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier, 6}};
+    for (const auto& K : Keys) {
+        QTest::keyClick(Nav, K.Key, K.Mods);
+        EXPECT_EQ(Grid->RowCount(), K.Rows) << QKeySequence(K.Key | K.Mods).toString().toStdString();
+    }
+    EXPECT_EQ(WindowUndo, 0);
+    EXPECT_TRUE(Nav->hasFocus());
 }
 
 TEST_F(NavTest, FirstGoesToRowOneEvenWhenItIsFixed) {

@@ -51,6 +51,9 @@
 /// otherwise, ReadOnlyFontColor when read-only) in step with the value. The disabled colour group
 /// is left alone so a disabled edit still looks disabled. The normal colour is the palette's text
 /// colour: a palette the host gives the edit (or its parent) sets a new normal colour.
+/// Unlike the original, NegCol left at its default (black) is drawn in a colour that reads on the
+/// current palette's Base (the normal text colour on a dark palette) (deliberate deviation 8);
+/// NegCol() still reads black, and a colour the host sets, black included, is drawn exactly.
 ///
 /// Change notification: use OnChange or the changed() signal. While they run IsChanging() is true
 /// and the edit neither reformats nor rewrites its text, so a handler may read Value safely.

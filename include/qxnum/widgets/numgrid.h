@@ -61,6 +61,13 @@
 ///   commits and moves down, Escape cancels. The editor of a numeric column follows the numeric
 ///   edit's keystroke rules for the column. Space and a click toggle a check-box cell.
 ///   Ctrl+V pastes (when AllowPaste), Ctrl+C copies, Ctrl+Z undoes, Ctrl+Shift+Z and Ctrl+Y redo.
+///   As in every spreadsheet, and unlike the original grid (deliberate deviation 9): Ctrl+C with a
+///   selection of more than one cell copies just that selection (whole rows with goRowSelect), as
+///   text and HTML; with one cell or none it copies the whole table (CopyToClipboard, which always
+///   copies the whole table). Delete and Backspace clear the selected cells of editable columns
+///   (check boxes become "FALSE", other cells empty) as one undo step.
+///   The context menu (createStandardContextMenu) offers Undo, Redo, Copy, Paste, Insert row and
+///   Delete row; the row entries go through CheckGrid / InsertRow and DeleteARow (ConfirmDelete).
 ///
 /// Clipboard
 ///   PasteFromClipboard reads text separated by TAB, ';' or blanks, line by line, adding rows as it
@@ -324,7 +331,8 @@ public:
     /// --- Undo ---
     /// The grid's undo history, for a host's Edit menu (QUndoStack::createUndoAction).
     QUndoStack* UndoStack() const;
-    /// The menu the grid shows on a right click: Undo, Redo, Copy, Paste. A host may extend it
+    /// The menu the grid shows on a right click: Undo, Redo, Copy (the selection or the table, as
+    /// Ctrl+C), Paste, Insert row and Delete row. A host may extend it
     /// (override contextMenuEvent and add to this menu); the caller owns it.
     QMenu* createStandardContextMenu();
 

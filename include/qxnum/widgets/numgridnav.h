@@ -6,14 +6,20 @@
 /// Prior and Next repeat while held: one step at once, another after 400 ms, then every 100 ms.
 /// Row moves and insertions first check the grid's current cell (CheckGrid); Delete and the grid's
 /// OnCancel come before that check. Each operation on rows is one step of the grid's undo history.
+/// A click that leaves the grid on another row reports that once through the grid's
+/// CheckCellChange (OnCellTxtChange for the row left, OnCellChange, the new cell's text taken):
+/// the Row setter's own report when it moved the row, otherwise (Delete on the last row, Clear
+/// Table) the navigator's.
 /// The icons are drawn from monochrome SVG resources (":/qxnum/navigator/NQX_FIRST" ...) in the
 /// palette's text colour, so they stay crisp at every pixel ratio and follow the theme.
 ///
-/// With the focus, Left / Right choose a button and Space presses it.
+/// With the focus, Left / Right choose a button and Space presses it; Ctrl+Z undoes and Ctrl+Y
+/// (or Ctrl+Shift+Z) redoes in the driven grid's history.
 #pragma once
 
 #include <qxnum/enums.h>
 #include <qxnum/widgets/fieldbase.h>
+#include <qxnum/widgets/numgrid.h>
 
 #include <QStringList>
 #include <QToolButton>
@@ -26,7 +32,6 @@ class QTimer;
 
 namespace qxnum {
 
-class TNumGrid;
 class TNumgButtonPrivate;
 class TNumGridNavigatorPrivate;
 
@@ -67,12 +72,14 @@ private:
 
 class QXNUM_WIDGETS_EXPORT TNumGridNavigator : public QWidget {
     Q_OBJECT
+    Q_PROPERTY(qxnum::TNumGrid* NumGrid READ NumGrid WRITE SetNumGrid)
     Q_PROPERTY(QStringList Hints READ Hints WRITE SetHints)
     Q_PROPERTY(bool ConfirmDelete READ ConfirmDelete WRITE SetConfirmDelete)
     Q_PROPERTY(int VisibleButtons READ PropVisibleButtons WRITE SetPropVisibleButtons)
 
 public:
     /// Qt-style setters of the properties above, which forms compiled by uic call.
+    void setNumGrid(TNumGrid* AGrid) { SetNumGrid(AGrid); }
     void setHints(const QStringList& AValue) { SetHints(AValue); }
     void setConfirmDelete(bool AValue) { SetConfirmDelete(AValue); }
     void setVisibleButtons(int AValue) { SetPropVisibleButtons(AValue); }
@@ -125,6 +132,7 @@ Q_SIGNALS:
 protected:
     void resizeEvent(QResizeEvent* E) override;
     void changeEvent(QEvent* E) override;
+    bool event(QEvent* E) override;
     void keyPressEvent(QKeyEvent* E) override;
     void focusInEvent(QFocusEvent* E) override;
     void focusOutEvent(QFocusEvent* E) override;
