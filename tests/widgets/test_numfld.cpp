@@ -5,6 +5,7 @@
 
 #include "dialogrecorder.h"
 #include "fieldtest.h"
+#include "settingsguard.h"
 #include "widgettest.h"
 
 #include <QApplication>
@@ -409,7 +410,8 @@ TEST(NumFldStreamHostile, EveryByteMutationReadsOrRaises) {
 
 // ---- XML --------------------------------------------------------------------------------------------
 
-TEST(NumFldXml, ValueTextIsUnscaledAndReadsBack) {
+// The rounded text of the original layout, kept for hosts that set XmlValueAsDisplayed.
+TEST(NumFldXml, ValueTextAsDisplayedIsUnscaledAndReadsBack) {
     struct Case {
         const char* Name;
         TParType ParType;
@@ -436,6 +438,7 @@ TEST(NumFldXml, ValueTextIsUnscaledAndReadsBack) {
         Src.F->SetNumericType(C.Numeric);
         Src.F->SetTrimZeroes(C.Trim);
         Src.F->SetValue(C.Value);
+        Src.F->SetXmlValueAsDisplayed(true);
         TXml X;
         Src.F->WriteToXML(X.Node);
         EXPECT_EQ(X.Child(QStringLiteral("Value")), QString::fromUtf8(C.Text));
@@ -446,6 +449,49 @@ TEST(NumFldXml, ValueTextIsUnscaledAndReadsBack) {
         Dst.F->SetUnitSystem(C.Units == usSI ? usImperial : usSI);
         Dst.F->ReadFromXML(X.Node);
         EXPECT_NEAR(static_cast<double>(Dst.F->Value()), static_cast<double>(C.Value), 1e-11);
+    }
+}
+
+// By default the text carries every digit: the value reads back exactly, whatever the edit shows.
+TEST(NumFldXml, ValueTextKeepsEveryDigit) {
+    struct Case {
+        const char* Name;
+        TParType ParType;
+        int Decimals;
+        Extended Value;
+        bool Comma;
+        const char* Exact;
+        const char* AsDisplayed;
+    };
+    const Case Cases[] = {
+        {"mass flow in kg/s", ptMassflow, 4, 0.0012345L, false, "0.0012345", "0.0012"},
+        {"pressure in Pa", ptPress, 0, 12.3456L, false, "12.3456", "12"},
+        {"decimal comma", ptPress, 0, 12.3456L, true, "12,3456", "12"},
+        {"tiny, with exponent", ptSFCshaft, 3, 5.8e-8L, false, "5.8E-08", "0.000"},
+        {"a third", ptNone, 2, 1.0L / 3.0L, false, "0.33333333333333333334", "0.33"},
+        {"infinity", ptNone, 2, std::numeric_limits<Extended>::infinity(), false, "INF", "INF"},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        test::SettingsGuard Guard(TFormatSettings::Invariant(),
+                                  C.Comma ? test::CommaSettings() : TFormatSettings::Invariant());
+        for (const bool AsDisplayed : {false, true}) {
+            TForm Src, Dst;
+            Src.F->SetParType(C.ParType);
+            Src.F->SetNumericType(ntFixed);
+            Src.F->SetDecimals(static_cast<quint16>(C.Decimals));
+            Src.F->SetValue(C.Value);
+            Src.F->SetXmlValueAsDisplayed(AsDisplayed);
+            TXml X;
+            Src.F->WriteToXML(X.Node);
+            EXPECT_EQ(X.Child(QStringLiteral("Value")),
+                      QString::fromUtf8(AsDisplayed ? C.AsDisplayed : C.Exact));
+            Dst.F->ReadFromXML(X.Node);
+            if (!AsDisplayed) {
+                EXPECT_EQ(Dst.F->Value(), C.Value);
+            }
+            EXPECT_FALSE(Src.F->XmlValueChanged(X.Node));
+        }
     }
 }
 
@@ -708,13 +754,14 @@ TEST(NumFldProperties, PublishedUnderTheirNamesAndSetLikeTheSetters) {
         {"RefValue", 2.5e-9, [](TNumFld* F) { F->SetRefValue(2.5e-9L); }},
         {"ControllableIfDisabled", true, [](TNumFld* F) { F->SetControllableIfDisabled(true); }},
         {"StoreParType", true, [](TNumFld* F) { F->SetStoreParType(true); }},
+        {"XmlValueAsDisplayed", true, [](TNumFld* F) { F->SetXmlValueAsDisplayed(true); }},
     };
     // What a setter can change, seen from outside.
     const auto State = [](TNumFld* F) {
         QStringList S;
         for (const char* N : {"EditLabelPosition", "EditUnitLabelPosition", "EditLabelSpacing",
                               "EditUnitLabelSpacing", "CustomUnitStr", "UnitVisible", "NameLabelVisible",
-                              "Tag2", "ControllableIfDisabled", "StoreParType"})
+                              "Tag2", "ControllableIfDisabled", "StoreParType", "XmlValueAsDisplayed"})
             S << F->property(N).toString();
         S << QString::number(static_cast<double>(F->RefValue()), 'g', 17);
         for (const QLabel* L : {F->EditLabel(), F->EditUnitLabel()})
