@@ -10,6 +10,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QFormLayout>
 #include <QLineEdit>
 #include <QMetaProperty>
 #include <QTest>
@@ -156,7 +157,73 @@ TEST(NumFldRefValue, ReferenceValueOutsideTheRangeIsRefused) {
     EXPECT_EQ(T.F->Value(), 3.0L);
     ASSERT_EQ(Dialogs.Count(), 1);
     EXPECT_EQ(Dialogs.Messages().front(),
-              QStringLiteral("Value of Pressure (=11), form Form1 must be between 0 and 10"));
+              QStringLiteral("Value of Inlet pressure (=11), form Form1 must be between 0 and 10"));
+}
+
+// The range message speaks the form's words: the caption the user reads, the unit after each value.
+TEST(NumFldLimits, RangeMessageNamesTheCaptionAndTheUnit) {
+    struct Case {
+        const char* Name;
+        std::function<TCustomNumEdit*(QWidget*)> Make;
+        Extended Min, Max, Value;
+        const char* Message;
+    };
+    const auto Numfld = [](QWidget* W, const char* Name, TParType P) {
+        auto* F = new TNumFld(W);
+        F->setObjectName(QString::fromUtf8(Name));
+        F->SetParType(P);
+        return F;
+    };
+    const Case Cases[] = {
+        {"form layout label",
+         [&](QWidget* W) {
+             auto* F = Numfld(W, "Pamb", ptPress);
+             F->SetNameLabelVisible(false);
+             (new QFormLayout(W))->addRow(QStringLiteral("Ambient &pressure:"), F);
+             return F;
+         },
+         1000, 2e5, 7e5,
+         "Value of Ambient pressure (=7.000 bar), form Ambient must be between 0.010 bar and 2.000 bar"},
+        {"own label and custom unit",
+         [&](QWidget* W) {
+             auto* F = Numfld(W, "P2", ptPress);
+             F->EditLabel()->SetCaption(QStringLiteral("Outlet pressure"));
+             F->SetCustomUnitStr(QStringLiteral("bar(g)"));
+             return F;
+         },
+         0, 1e5, 2e5,
+         "Value of Outlet pressure (=2.000 bar(g)), form Ambient must be between 0.000 bar(g) and 1.000 "
+         "bar(g)"},
+        {"label repeating the name, percent", [&](QWidget* W) { return Numfld(W, "Humidity", ptPercent); }, 0,
+         100, 120, "Value of Humidity (=120.00 %), form Ambient must be between 0.00 % and 100.00 %"},
+        {"dimensionless, Imperial",
+         [&](QWidget* W) {
+             auto* F = Numfld(W, "PR", ptPR);
+             F->SetUnitSystem(usImperial);
+             return F;
+         },
+         1, 60, 70, "Value of PR (=70.000), form Ambient must be between 1.000 and 60.000"},
+        {"plain edit",
+         [](QWidget* W) {
+             auto* E = new TNumEdit(W);
+             E->setObjectName(QStringLiteral("Tamb"));
+             E->SetParType(ptTemp);
+             return E;
+         },
+         180, 350, 400, "Value of Tamb (=400.00 K), form Ambient must be between 180.00 K and 350.00 K"},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        test::DialogRecorder Dialogs;
+        QWidget W;
+        W.setObjectName(QStringLiteral("Ambient"));
+        TCustomNumEdit* E = C.Make(&W);
+        E->SetMax(C.Max);
+        E->SetMin(C.Min);
+        E->SetValue(C.Min);
+        E->SetValue(C.Value);
+        EXPECT_EQ(Dialogs.Messages(), QStringList{QString::fromUtf8(C.Message)});
+    }
 }
 
 TEST(NumFldLimits, SetValueInsideMinMaxClampsAndReports) {
@@ -376,7 +443,7 @@ TEST(NumFldStream, OutOfRangeValueIsRefusedWithTheEditMessage) {
     ReadRecord(*T.F, FloatRecord(150.0L, true, true));
     EXPECT_EQ(T.F->Value(), 50.0L);
     ASSERT_EQ(Dialogs.Count(), 1);
-    EXPECT_TRUE(Dialogs.Messages().front().startsWith(QStringLiteral("Value of Pressure (=150)")));
+    EXPECT_TRUE(Dialogs.Messages().front().startsWith(QStringLiteral("Value of Inlet pressure (=150)")));
     EXPECT_FALSE(T.F->HasChanged());
 }
 
