@@ -4,10 +4,11 @@
 
 #include <qxnum/dialogs.h>
 
+#include <QSet>
+
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 
 namespace qxnum {
 
@@ -258,7 +259,7 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
         if (Warn && Code) ReadResultCode = *Code;
     };
     const QList<TXmlNode> Elements = ParentXmlNode.NodesByName(QStringLiteral("INumFld"));
-    std::set<QString> PresentIDs;
+    QSet<QString> PresentIDs;
     for (const TXmlNode& E : Elements)
         PresentIDs.insert(E.AttributeByName(QStringLiteral("ID")));
     // The component an ID names: "Frame.Field" in the frame (when it is one), else in the form;
@@ -296,7 +297,7 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
         bool Aliased = false;
         if (!Comp) {
             if (const auto A = d->Aliases.constFind(RawID);
-                A != d->Aliases.cend() && PresentIDs.find(*A) == PresentIDs.end()) {
+                A != d->Aliases.cend() && !PresentIDs.contains(*A)) {
                 QString NewID = *A;
                 if (QObject* Renamed = Locate(NewID)) {
                     Comp = Renamed;
