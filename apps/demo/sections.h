@@ -105,6 +105,8 @@ public:
         auto* Outer = new QVBoxLayout(ClientArea());
         Outer->addWidget(Tabs);
         Outer->addWidget(new TLossesFrame(ClientArea()));
+        // Version 1 of the section called the shaft power "Power".
+        AddFieldAlias(QStringLiteral("Power"), QStringLiteral("PWshaft"));
         FormCreate();
     }
 };

@@ -1,7 +1,12 @@
 /// \file
 /// The message-dialog service. Every message the library shows goes through MessageDlg, whose
 /// handler a host (or a test) can replace. The widgets library installs a QMessageBox handler when
-/// it is loaded; without it, messages go to stderr and are answered with the default result.
+/// it is loaded (MessageBoxHandler, qxnum/widgets/messagebox.h); without it, messages go to stderr
+/// and are answered with the default result.
+/// Unlike the original, a program without a screen never waits on a message (deliberate
+/// deviation 7): on the offscreen and minimal platforms the QMessageBox handler writes the message
+/// to the log (qWarning) and answers with the dialog's default button (OK, else Yes, else Retry),
+/// so a headless host that calls SetValue outside the limits goes on instead of hanging.
 #pragma once
 
 #include <qxnum/core_export.h>

@@ -8,6 +8,7 @@
 #include <qxnum/widgets/fieldbase.h>
 #include <qxnum/widgets/fieldform.h>
 #include <qxnum/widgets/fields.h>
+#include <qxnum/widgets/messagebox.h>
 #include <qxnum/widgets/numcolumn.h>
 #include <qxnum/widgets/numedit.h>
 #include <qxnum/widgets/numfld.h>

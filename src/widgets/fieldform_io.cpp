@@ -1,7 +1,10 @@
 // TFieldForm: the persistence half (streams and XML) and the field look-up.
+#include "caption_p.h"
 #include "fieldform_p.h"
 
 #include <qxnum/dialogs.h>
+
+#include <QSet>
 
 #include <map>
 #include <memory>
@@ -36,7 +39,22 @@ bool SkipThroughTemporary(const QString& ClassName, TReader& Reader) {
     return true;
 }
 
+// How the lists of a read message name a field of the form: by the caption the user reads.
+QString CaptionOf(QObject* Component) {
+    const auto* W = qobject_cast<QWidget*>(Component);
+    return W ? FieldCaption(W) : Component->objectName();
+}
+
+QString CarriedOverLine(const QString& OldID, QObject* Component) {
+    return QStringLiteral("- \"") + OldID + QStringLiteral("\" as ") + CaptionOf(Component);
+}
+
 } // namespace
+
+void TFieldForm::AddFieldAlias(const QString& OldID, const QString& NewID) {
+    if (OldID.isEmpty() || NewID.isEmpty() || OldID == NewID) return;
+    d->Aliases.insert(OldID, NewID);
+}
 
 // --- Streams ---------------------------------------------------------------------------------
 
@@ -75,6 +93,8 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
         Stopped = true;
     };
     const TComponentIndex Components(this);
+    const TFieldIdIndex FieldIds(this);
+    QStringList CarriedOver;
     try {
         Reader.ReadSignature();
         Reader.ReadListBegin();
@@ -98,7 +118,17 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
                 continue;
             }
             N = Reader.ReadString();
+            // The record's name when it reached its field through an alias.
+            QString OldName;
             QObject* C = Components.Find(N);
+            if (!C) C = FieldIds.Find(N);
+            if (!C) {
+                if (const auto A = d->Aliases.constFind(N); A != d->Aliases.cend()) {
+                    C = Components.Find(*A);
+                    if (!C) C = FieldIds.Find(*A);
+                    if (C) OldName = N;
+                }
+            }
             if (!C) {
                 ReadResultCode = rrcUnknownComp;
                 if (Warn && !NotFoundShown) {
@@ -124,6 +154,7 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
             if (INumFld* F = Supports(C)) {
                 try {
                     F->ReadfromStream(Reader);
+                    if (!OldName.isEmpty()) CarriedOver << CarriedOverLine(OldName, C);
                 } catch (const std::exception&) {
                     Warning(QStringLiteral("Error reading Class ") + S + QStringLiteral(" of Field ") + N +
                             QStringLiteral("\r\nfrom FieldForm ") + Id);
@@ -147,6 +178,9 @@ void TFieldForm::ReadfromStream(TReader& Reader, bool Warn) {
         Warning(QStringLiteral("Error reading FieldForm ") + Id + QStringLiteral("\r\n") + ExceptionText(E));
         if (!Stopped && !Reader.AtEnd()) Stop(std::nullopt);
     }
+    if (Warn && !CarriedOver.isEmpty())
+        Warning(QStringLiteral("Values carried over to renamed fields while reading FieldForm ") + Id +
+                QStringLiteral("\r\n(older model version):\r\n") + CarriedOver.join(QStringLiteral("\r\n")));
 }
 
 // --- XML --------------------------------------------------------------------------------------
@@ -205,49 +239,80 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
     VersionUpdated = false;
     const QString Id = IDstr();
     const TComponentIndex Components(this);
+    const TFieldIdIndex FieldIds(this);
     std::map<QObject*, TComponentIndex> FrameComponents;
+    std::map<QObject*, TFieldIdIndex> FrameFieldIds;
     QList<TXmlNode> Stale;
-    bool ProblemSeen = false;
+    // One message per read. The first problem speaks in its own words; the others, and the values
+    // carried over through aliases, are listed after it, each field named by its caption.
+    QString FirstProblem;
+    QStringList OtherProblems, CarriedOver;
     bool FieldErrorShown = false;
-    // One message per read: the first problem element's, when Warn.
-    const auto Problem = [&](const TXmlNode& Element, const QString& Msg,
+    const auto Problem = [&](const TXmlNode& Element, const QString& Msg, const QString& Line,
                              std::optional<TReadResultCode> Code) {
         Stale.append(Element);
-        if (Warn && !ProblemSeen) {
-            Warning(Msg);
-            if (Code) ReadResultCode = *Code;
+        if (!FirstProblem.isEmpty()) {
+            OtherProblems << Line;
+            return;
         }
-        ProblemSeen = true;
+        FirstProblem = Msg;
+        if (Warn && Code) ReadResultCode = *Code;
     };
-    for (const TXmlNode& Element : ParentXmlNode.NodesByName(QStringLiteral("INumFld"))) {
-        QString ID = Element.AttributeByName(QStringLiteral("ID"));
+    const QList<TXmlNode> Elements = ParentXmlNode.NodesByName(QStringLiteral("INumFld"));
+    QSet<QString> PresentIDs;
+    for (const TXmlNode& E : Elements)
+        PresentIDs.insert(E.AttributeByName(QStringLiteral("ID")));
+    // The component an ID names: "Frame.Field" in the frame (when it is one), else in the form;
+    // by object name first, then by the fields' ID strings. ID becomes the part after the dot.
+    const auto Locate = [&](QString& ID) -> QObject* {
         QObject* Frame = nullptr;
         if (const qsizetype Dot = ID.indexOf(QLatin1Char('.')); Dot >= 0) {
             const QString FrameName = ID.left(Dot);
             ID = ID.mid(Dot + 1);
             if (!FrameName.isEmpty()) Frame = Components.Find(FrameName);
         }
+        if (Frame && IsFieldFrame(Frame)) {
+            if (QObject* C = FrameComponents.try_emplace(Frame, Frame).first->second.Find(ID)) return C;
+            return FrameFieldIds.try_emplace(Frame, Frame).first->second.Find(ID);
+        }
+        if (QObject* C = Components.Find(ID)) return C;
+        return FieldIds.Find(ID);
+    };
+    const QString Quoted = QStringLiteral("- \"%1\": %2");
+    for (const TXmlNode& Element : Elements) {
+        const QString RawID = Element.AttributeByName(QStringLiteral("ID"));
+        QString ID = RawID;
+        QObject* Comp = Locate(ID);
         const QString C = Element.AttributeByName(QStringLiteral("ClassName"));
         if (!GetClass(C)) {
             Problem(Element,
                     QStringLiteral("Class \"") + C + QStringLiteral("\" of Field ") + ID +
                         QStringLiteral("\r\nnot registered while reading") + Id + QStringLiteral("\r\n") +
-                        Probably + QStringLiteral(".\r\n\r\n") + XmlClosing,
+                        Probably + QStringLiteral("."),
+                    Quoted.arg(RawID, QStringLiteral("a kind of field this program does not know")),
                     rrcUnknownClass);
             continue;
         }
-        QObject* Comp = nullptr;
-        if (Frame && IsFieldFrame(Frame))
-            Comp = FrameComponents.try_emplace(Frame, Frame).first->second.Find(ID);
-        else
-            Comp = Components.Find(ID);
+        // A renamed field: the old ID reaches the new field, unless the file has the new one too.
+        bool Aliased = false;
+        if (!Comp) {
+            if (const auto A = d->Aliases.constFind(RawID);
+                A != d->Aliases.cend() && !PresentIDs.contains(*A)) {
+                QString NewID = *A;
+                if (QObject* Renamed = Locate(NewID)) {
+                    Comp = Renamed;
+                    ID = NewID;
+                    Aliased = true;
+                }
+            }
+        }
         if (!Comp) {
             ReadResultCode = rrcUnknownComp;
             Problem(Element,
                     QStringLiteral("Field with name \"") + ID +
                         QStringLiteral("\" not found while reading ") + Id +
-                        QStringLiteral("\r\ndue to old model version.\r\n\r\n") + XmlClosing,
-                    std::nullopt);
+                        QStringLiteral("\r\ndue to old model version."),
+                    Quoted.arg(RawID, QStringLiteral("no longer in this form")), std::nullopt);
             continue;
         }
         const QString Assigned = FileClassName(Comp);
@@ -256,7 +321,8 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
                     QStringLiteral("Classes \"") + C + QStringLiteral("\" (read) and ") + Assigned +
                         QStringLiteral(" (assigned)\r\nof Field ") + ID +
                         QStringLiteral(" do not match while reading ") + Id + QStringLiteral("\r\n") +
-                        Probably + QStringLiteral(".\r\n\r\n") + XmlClosing,
+                        Probably + QStringLiteral("."),
+                    QStringLiteral("- ") + CaptionOf(Comp) + QStringLiteral(": now another kind of field"),
                     rrcClassMisMatch);
             continue;
         }
@@ -265,22 +331,41 @@ void TFieldForm::ReadFromXML(TXmlNode ParentXmlNode, bool Warn) {
             Problem(Element,
                     QStringLiteral("Class ") + C + QStringLiteral(" of Field ") + ID +
                         QStringLiteral("\r\nunknown to ") + Id + QStringLiteral("\r\n") + Probably +
-                        QStringLiteral(".\r\n\r\n") + XmlClosing,
+                        QStringLiteral("."),
+                    QStringLiteral("- ") + CaptionOf(Comp) + QStringLiteral(": not a field"),
                     rrcUnknownClass);
             continue;
         }
         try {
             F->ReadFromXML(Element);
+            if (Aliased) {
+                // Read; the element under the old ID goes, so that saving writes the new one.
+                Stale.append(Element);
+                CarriedOver << CarriedOverLine(RawID, Comp);
+            }
         } catch (const std::exception& E) {
             // The field kept its value; its element is left for the next write to replace.
             ReadResultCode = rrcXmlError;
             if (!FieldErrorShown) {
                 FieldErrorShown = true;
-                Warning(QStringLiteral("Error reading Field ") +
-                        Element.AttributeByName(QStringLiteral("ID")) + QStringLiteral(" from ") + Id +
+                Warning(QStringLiteral("Error reading Field ") + RawID + QStringLiteral(" from ") + Id +
                         QStringLiteral("\r\n") + ExceptionText(E));
             }
         }
+    }
+    if (Warn && (!FirstProblem.isEmpty() || !CarriedOver.isEmpty())) {
+        QString Msg = FirstProblem.isEmpty()
+                          ? QStringLiteral("Values carried over to renamed fields while reading ") + Id +
+                                QStringLiteral("\r\n(older model version).")
+                          : FirstProblem;
+        if (!OtherProblems.isEmpty())
+            Msg += QStringLiteral("\r\n\r\nNot carried over either:\r\n") +
+                   OtherProblems.join(QStringLiteral("\r\n"));
+        if (!CarriedOver.isEmpty())
+            Msg += QStringLiteral("\r\n\r\nCarried over to renamed fields:\r\n") +
+                   CarriedOver.join(QStringLiteral("\r\n"));
+        if (!FirstProblem.isEmpty()) Msg += QStringLiteral("\r\n\r\n") + XmlClosing;
+        Warning(Msg);
     }
     try {
         CustomReadFromXML(ParentXmlNode);
@@ -298,11 +383,19 @@ QObject* TFieldForm::FindNumFld(const QString& NumFldID) const {
     const qsizetype Dot = NumFldID.indexOf(QLatin1Char('.'));
     const bool HasPrefix = Dot >= 0;
     const QString InFrame = HasPrefix ? NumFldID.mid(Dot + 1) : NumFldID;
-    for (QObject* C : ComponentsOf(const_cast<TFieldForm*>(this))) {
-        if (!HasPrefix && Supports(C) && C->objectName() == NumFldID) return C;
-        if (IsFieldFrame(C))
-            for (QObject* Inner : ComponentsOf(C))
-                if (Supports(Inner) && Inner->objectName() == InFrame) return Inner;
+    const QList<QObject*> Own = ComponentsOf(const_cast<TFieldForm*>(this));
+    // By object name, as the classic form; then by ID string (deliberate deviation 6).
+    for (const bool ByID : {false, true}) {
+        const auto Named = [ByID](QObject* C, const QString& Name) {
+            INumFld* F = Supports(C);
+            return F && (ByID ? F->GetIDstring() : C->objectName()) == Name;
+        };
+        for (QObject* C : Own) {
+            if (!HasPrefix && Named(C, NumFldID)) return C;
+            if (IsFieldFrame(C))
+                for (QObject* Inner : ComponentsOf(C))
+                    if (Named(Inner, InFrame)) return Inner;
+        }
     }
     return nullptr;
 }

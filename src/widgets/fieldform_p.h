@@ -37,6 +37,23 @@ private:
     QHash<QString, QObject*> Exact, Folded;
 };
 
+// The fields of one owner by their ID string (GetIDstring), for the look-up that follows a failed
+// search by object name. The first of equal IDs wins.
+class TFieldIdIndex {
+public:
+    explicit TFieldIdIndex(QObject* Owner) {
+        for (QObject* C : ComponentsOf(Owner))
+            if (INumFld* F = Supports(C)) {
+                const QString ID = F->GetIDstring();
+                if (!ID.isEmpty() && !Ids.contains(ID)) Ids.insert(ID, C);
+            }
+    }
+    QObject* Find(const QString& ID) const { return ID.isEmpty() ? nullptr : Ids.value(ID); }
+
+private:
+    QHash<QString, QObject*> Ids;
+};
+
 // Writes one field's element; Elements (the node's "INumFld" children by ID) replaces the search
 // among the children when given, and learns the elements created.
 void WriteFieldElement(TXmlNode Node, QObject* Component, const QString& Prefix,
@@ -54,6 +71,8 @@ public:
     int ModalResult = 0;
     // The field ShowModalFocused wants focused once the form shows.
     QPointer<QWidget> PendingFocus;
+    // Old field ID -> new field ID (AddFieldAlias).
+    QHash<QString, QString> Aliases;
 
     // Calls Do(component, field) for each directly owned field, in component order.
     template <typename F> static void ForEachOwnField(QObject* Owner, F&& Do) {

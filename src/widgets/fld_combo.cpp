@@ -6,6 +6,9 @@
 
 #include <QLineEdit>
 
+#include <optional>
+#include <utility>
+
 namespace qxnum {
 
 namespace {
@@ -21,15 +24,6 @@ bool IsStringTag(TValueType Tag) {
     return Tag == vaString || Tag == vaLString || Tag == vaWString || Tag == vaUTF8String;
 }
 
-// The index files record: the item the edit text names, -1 for a text that is none of the
-// items, as the classic combo box reports after typing.
-int StoredIndex(const QComboBox& Box) {
-    const int I = Box.currentIndex();
-    const QString T = Box.currentText();
-    if (I >= 0 && Box.itemText(I) == T) return I;
-    return Box.findText(T, Qt::MatchExactly | Qt::MatchCaseSensitive);
-}
-
 } // namespace
 
 class TComboBoxFldPrivate : public TFieldBasePrivate {
@@ -40,6 +34,19 @@ public:
     int FFormCreateItemIndex = -1;
     QString FFormCreateText;
     TNotifyEvent FOnChange;
+    // The index and text the last read put into the box: while the box still shows both, the
+    // files get that index back, even when the text is none of the items.
+    std::optional<std::pair<int, QString>> FAsRead;
+
+    // The index files record: as read (above); else the item the edit text names, -1 for a text
+    // that is none of the items, as the classic combo box reports after typing.
+    int StoredIndex(const QComboBox& Box) const {
+        const int I = Box.currentIndex();
+        const QString T = Box.currentText();
+        if (FAsRead && FAsRead->first == I && FAsRead->second == T) return I;
+        if (I >= 0 && Box.itemText(I) == T) return I;
+        return Box.findText(T, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    }
 };
 
 TComboBoxFld::TComboBoxFld(QWidget* Parent) : QComboBox(Parent), TFieldBase(this, new TComboBoxFldPrivate) {
@@ -163,7 +170,7 @@ void TComboBoxFld::ResetToFormCreateVal() {
 bool TComboBoxFld::XmlValueChanged(TXmlNode ParentXmlNode) {
     bool Changed = XmlChildChanged(ParentXmlNode, ItemIndexElement, [this](TXmlNode C) {
         int I = 0;
-        return !XmlTryStrToInt(C.ValueAsString(), I) || I != StoredIndex(*this);
+        return !XmlTryStrToInt(C.ValueAsString(), I) || I != Priv()->StoredIndex(*this);
     });
     // A drop-down list has no text of its own: the index says everything.
     if (!Changed && Priv()->FStyle != csDropDownList)
@@ -194,10 +201,14 @@ void TComboBoxFld::ApplyRead(std::optional<int> Index, const std::optional<QStri
         if (Priv()->FStyle != csDropDownList) setEditText(T0);
         if (SaveEmptyText || !T0.isEmpty()) Priv()->FSavedText = T0;
     }
+    if (Index)
+        Priv()->FAsRead.emplace(currentIndex(), currentText());
+    else
+        Priv()->FAsRead.reset();
 }
 
 void TComboBoxFld::WriteStreamValue(TWriter& Writer) {
-    Writer.WriteInteger(StoredIndex(*this));
+    Writer.WriteInteger(Priv()->StoredIndex(*this));
     Writer.WriteString(currentText());
 }
 
@@ -210,7 +221,7 @@ TFieldBase::TApplyValue TComboBoxFld::ReadStreamValue(TReader& Reader) {
 }
 
 void TComboBoxFld::WriteXmlValue(TXmlNode Node) {
-    Node.WriteInteger(ItemIndexElement, StoredIndex(*this));
+    Node.WriteInteger(ItemIndexElement, Priv()->StoredIndex(*this));
     Node.WriteString(TextElement, currentText());
 }
 

@@ -1,14 +1,20 @@
 // The numeric edit's value model: properties, formatting, evaluation of the text, range checks.
 // The keystroke filter, focus handling and colours live in numedit_input.cpp.
+#include "caption_p.h"
 #include "numedit_p.h"
 
 #include <qxnum/numconv.h>
 #include <qxnum/registry.h>
+#include <qxnum/units.h>
+#include <qxnum/widgets/numinp.h>
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDialogButtonBox>
+#include <QGroupBox>
+#include <QLabel>
 #include <QScopedValueRollback>
+#include <QTextDocumentFragment>
 
 #include <cmath>
 #include <limits>
@@ -485,9 +491,14 @@ bool TCustomNumEdit::Valid(Extended AValue) {
         const QWidget* Owner = OwnerWidget();
         QString OwnerName = Owner ? Owner->objectName() : QString();
         if (OwnerName.isEmpty()) OwnerName = Tr("(no name)");
-        ErrorMessage = FormatPercentS(Tr("Value of %s (=%s), form %s must be between %s and %s"),
-                                      {objectName(), GetValueString(AValue), OwnerName,
-                                       GetValueString(d->FMin), GetValueString(d->FMax)});
+        // The words of the form: the field's caption, and its unit after each value.
+        const QString Unit = MessageUnit(this);
+        const auto WithUnit = [&Unit, this](Extended V) {
+            return Unit.isEmpty() ? GetValueString(V) : GetValueString(V) + QLatin1Char(' ') + Unit;
+        };
+        ErrorMessage = FormatPercentS(
+            Tr("Value of %s (=%s), form %s must be between %s and %s"),
+            {FieldCaption(this), WithUnit(AValue), OwnerName, WithUnit(d->FMin), WithUnit(d->FMax)});
     }
     if (ErrorMessage.isEmpty()) return true;
     MessageDlg(ErrorMessage, mtError, mbOK);
@@ -706,6 +717,56 @@ QString TCustomNumEdit::AsMoneyStr() const {
     } catch (const Exception&) {
         return QStringLiteral("ERROR");
     }
+}
+
+// ---- how messages name a field --------------------------------------------------------------------
+
+namespace {
+
+QString PlainCaption(const QString& Text) {
+    const QString S = Qt::mightBeRichText(Text) ? QTextDocumentFragment::fromHtml(Text).toPlainText() : Text;
+    // A single '&' marks the mnemonic; "&&" is an ampersand.
+    QString Out;
+    Out.reserve(S.size());
+    for (qsizetype I = 0; I < S.size(); ++I) {
+        if (S[I] == QLatin1Char('&')) {
+            if (I + 1 < S.size() && S[I + 1] == QLatin1Char('&')) Out += S[++I];
+            continue;
+        }
+        Out += S[I];
+    }
+    Out = Out.trimmed();
+    if (Out.endsWith(QLatin1Char(':'))) Out.chop(1);
+    return Out.trimmed();
+}
+
+} // namespace
+
+QString FieldCaption(const QWidget* Field) {
+    if (!Field) return {};
+    const QString Name = Field->objectName();
+    // A caption that merely repeats the object name (a name label's default) says nothing more.
+    const auto Own = [&Name](const QString& S) { return !S.isEmpty() && S != Name; };
+    if (const auto* Inp = qobject_cast<const TCustomNumInp*>(Field))
+        if (const TNumFldBoundLabel* L = Inp->EditLabel())
+            if (const QString S = PlainCaption(L->Caption()); Own(S)) return S;
+    for (const QLabel* L : Field->window()->findChildren<QLabel*>())
+        if (L->buddy() == Field)
+            if (const QString S = PlainCaption(L->text()); Own(S)) return S;
+    if (const auto* G = qobject_cast<const QGroupBox*>(Field))
+        if (const QString S = PlainCaption(G->title()); !S.isEmpty()) return S;
+    if (const auto* B = qobject_cast<const QAbstractButton*>(Field))
+        if (const QString S = PlainCaption(B->text()); !S.isEmpty()) return S;
+    return Name;
+}
+
+QString MessageUnit(const TCustomNumEdit* Edit) {
+    QString U;
+    if (const auto* Inp = qobject_cast<const TCustomNumInp*>(Edit)) U = Inp->CustomUnitStr().trimmed();
+    if (U.isEmpty() && Edit->ParType() != ptNone)
+        U = ParUnitStrOf(Edit->ParType(), Edit->UnitSystem()).trimmed();
+    if (U.startsWith(QLatin1Char('[')) && U.endsWith(QLatin1Char(']'))) U = U.mid(1, U.size() - 2).trimmed();
+    return U == QLatin1String("-") ? QString() : U;
 }
 
 } // namespace qxnum

@@ -3,6 +3,7 @@
 
 #include <qxnum/numconv.h>
 #include <qxnum/registry.h>
+#include <qxnum/xml.h>
 
 #include <cmath>
 #include <limits>
@@ -41,6 +42,15 @@ bool ParsesAsNumber(const QString& S) {
     return ParsesAsNumber(S, V);
 }
 
+// The shortest text that reads back to exactly V, in the form the classic reader takes: the
+// locale's decimal separator, an upper-case exponent, "INF"/"-INF" for the infinities.
+QString ExactNumberText(Extended V) {
+    QString S = XmlExtendedToStr(V);
+    S.replace(QLatin1Char('e'), QLatin1Char('E'));
+    S.replace(QLatin1Char('.'), NumInpFormatSettings.DecimalSeparator);
+    return S;
+}
+
 // Equal infinities count as the same; their difference alone would be NaN.
 bool SameNumber(Extended A, Extended B) {
     return A == B || std::fabs(A - B) <= ChangeTolerance;
@@ -54,6 +64,7 @@ public:
     Extended FRefValue = TNumFld::RefValueSentinel();
     bool FControllableIfDisabled = false;
     bool FStoreParType = false;
+    bool FXmlValueAsDisplayed = false;
 };
 
 TNumFld::TNumFld(QWidget* Parent)
@@ -84,6 +95,13 @@ bool TNumFld::StoreParType() const {
 }
 void TNumFld::SetStoreParType(bool AValue) {
     DFld->FStoreParType = AValue;
+}
+
+bool TNumFld::XmlValueAsDisplayed() const {
+    return DFld->FXmlValueAsDisplayed;
+}
+void TNumFld::SetXmlValueAsDisplayed(bool AValue) {
+    DFld->FXmlValueAsDisplayed = AValue;
 }
 
 Extended TNumFld::RefValueSentinel() {
@@ -171,6 +189,7 @@ QString TNumFld::XmlValueText() {
     const Extended V = Value();
     if (std::isnan(V)) return QString();
     // Unscaled: the file holds base units, so the text reads back into Value as it stands.
+    if (!DFld->FXmlValueAsDisplayed) return ExactNumberText(V);
     return ValueString(V, DataType(), NumericType(), Digits(), Decimals(), ParType(), UnitSystem(),
                        CustomFormat(), CustomScale(), ScaleOffset(), false, TrimZeroes(),
                        NumInpFormatSettings);

@@ -1,7 +1,11 @@
 #include <qxnum/dialogs.h>
+#include <qxnum/widgets/messagebox.h>
 
 #include "dialogrecorder.h"
 
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -81,4 +85,49 @@ TEST(ShowHelp, GoesToTheInstalledHandlerAndNowhereWithoutOne) {
     SetHelpHandler({});
     EXPECT_FALSE(ShowHelp(17));
     EXPECT_EQ(Asked.size(), 2u);
+}
+
+// The tests run on the offscreen platform, where no one can close a box: the default handler logs
+// the message and answers with the default button at once.
+TEST(MessageBoxHandler, WithoutAScreenLogsAndAnswersWithTheDefaultButton) {
+    ASSERT_EQ(QGuiApplication::platformName(), QStringLiteral("offscreen"));
+    static QStringList Logged;
+    Logged.clear();
+    const QtMessageHandler Saved =
+        qInstallMessageHandler([](QtMsgType Type, const QMessageLogContext&, const QString& Msg) {
+            if (Type == QtWarningMsg) Logged << Msg;
+        });
+    // A box that does come up is closed after a while, so that the old behaviour fails, not hangs.
+    int BoxesShown = 0;
+    QTimer Closer;
+    QObject::connect(&Closer, &QTimer::timeout, [&] {
+        if (QWidget* Box = QApplication::activeModalWidget()) {
+            ++BoxesShown;
+            Box->close();
+        }
+    });
+    Closer.start(100);
+    struct Case {
+        TMsgDlgType DlgType;
+        TMsgDlgButtons Buttons;
+        int Result;
+        const char* Logged;
+    };
+    const Case Cases[] = {
+        {mtError, mbOK, mrOk, "Error: out of range"},
+        {mtConfirmation, mbYesNo, mrYes, "Confirm: out of range"},
+        {mtConfirmation, mbYesNoCancel, mrYes, "Confirm: out of range"},
+        {mtWarning, mbOKCancel, mrOk, "Warning: out of range"},
+        {mtWarning, TMsgDlgButtons(mbAbort) | mbRetry | mbIgnore, mrRetry, "Warning: out of range"},
+        {mtInformation, TMsgDlgButtons(mbNo) | mbCancel, mrNo, "Information: out of range"},
+        {mtInformation, TMsgDlgButtons(), mrOk, "Information: out of range"},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Buttons.toInt());
+        Logged.clear();
+        EXPECT_EQ(MessageBoxHandler(QStringLiteral("out of range"), C.DlgType, C.Buttons), C.Result);
+        EXPECT_EQ(Logged, QStringList{QString::fromUtf8(C.Logged)});
+    }
+    EXPECT_EQ(BoxesShown, 0);
+    qInstallMessageHandler(Saved);
 }

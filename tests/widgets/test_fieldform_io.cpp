@@ -12,6 +12,7 @@
 #include "settingsguard.h"
 
 #include <QBuffer>
+#include <QLabel>
 #include <QVBoxLayout>
 #include <gtest/gtest.h>
 
@@ -148,10 +149,11 @@ TEST_F(FormIoTest, AnOldXmlIsReadIntoTheNewFormAndItsStaleElementsDeleted) {
         TXmlNode Node = Doc.Root().NodeByName(QStringLiteral("Form2"));
         FormV2 F;
         F.ReadFromXML(Node, Warn);
-        // Only the first problem (B not found) speaks; C's mismatch is deleted silently.
+        // One message: the first problem (B not found) in its own words, then C's mismatch listed.
         const QStringList Expected{
             QStringLiteral(
-                "Field with name \"B\" not found while reading Form2\r\ndue to old model version.\r\n\r\n") +
+                "Field with name \"B\" not found while reading Form2\r\ndue to old model version.\r\n\r\n"
+                "Not carried over either:\r\n- C: now another kind of field\r\n\r\n") +
             Closing};
         EXPECT_EQ(Dialogs.Messages(), Warn ? Expected : QStringList());
         EXPECT_EQ(F.ReadResultCode, rrcUnknownComp);
@@ -465,6 +467,115 @@ TEST_F(FormIoTest, AFieldWithTextOfTheWrongTypeKeepsItsValueAndTheReadGoesOn) {
     EXPECT_FALSE(F.D->isChecked());
     EXPECT_EQ(F.A->Value(), 2.5L);
     EXPECT_FALSE(F.VersionUpdated) << "a field's own element is not deleted";
+}
+
+// A numeric field is stored under its caption; when no object name matches, the form looks for
+// the field by its ID string: in XML, in a frame, in streams and in FindNumFld.
+TEST_F(FormIoTest, AFieldIsFoundByItsIdStringWhenNoNameMatches) {
+    struct Form : TFieldForm {
+        TFieldFrame* Frame = Add<TFieldFrame>(ClientArea(), "Losses");
+        TNumFld* P = NumField(ClientArea(), "Pout");
+        TNumFld* L = NumField(Frame, "Loss");
+        TNumFld* Q = NumField(ClientArea(), "Qnew");
+        Form() {
+            setObjectName(QStringLiteral("Form3"));
+            P->EditLabel()->SetCaption(QStringLiteral("Outlet pressure"));
+            L->EditLabel()->SetCaption(QStringLiteral("Inlet loss"));
+            Q->SetCustomIDstring(QStringLiteral("Qold"));
+            FormCreate();
+        }
+    };
+    Form Src;
+    Src.P->SetValue(3.5L);
+    Src.L->SetValue(1.25L);
+    TXmlDocument Doc;
+    Src.WriteToXML(Doc.CreateRoot(QStringLiteral("Form3")));
+    QStringList IDs;
+    for (const TXmlNode& E : Doc.Root().NodesByName(QStringLiteral("INumFld")))
+        IDs << E.AttributeByName(QStringLiteral("ID"));
+    EXPECT_EQ(IDs, (QStringList{"Losses.Inlet loss", "Outlet pressure", "Qold"}));
+    Form Dst;
+    Dst.ReadFromXML(Doc.Root(), true);
+    EXPECT_EQ(Dst.P->Value(), 3.5L);
+    EXPECT_EQ(Dst.L->Value(), 1.25L);
+    EXPECT_FALSE(Dst.VersionUpdated);
+    EXPECT_EQ(Doc.Root().NodeCount(), 3);
+
+    // A stream of the older form, when Qnew was called Qold.
+    Bytes S;
+    S.Signature().ListBegin().Str("TNumFld").Str("Qold").Ext2p5().Bool(true).Bool(true);
+    S.Str("CustomWriteToStream").ListEnd().EndMarker();
+    EXPECT_EQ(ReadForm(Dst, S.B, true), S.B.size());
+    EXPECT_EQ(Dst.Q->Value(), 2.5L);
+    EXPECT_EQ(Dst.ReadResultCode, rrcOk);
+    EXPECT_EQ(Dialogs.Count(), 0);
+
+    EXPECT_EQ(Dst.FindNumFld(QStringLiteral("Outlet pressure")), Dst.P);
+    EXPECT_EQ(Dst.FindNumFld(QStringLiteral("Losses.Inlet loss")), Dst.L);
+    EXPECT_EQ(Dst.FindNumFld(QStringLiteral("Qold")), Dst.Q);
+}
+
+// Version 3 of the form: B renamed to Text (its label reads "Remark"), C removed.
+struct FormV3 : TFieldForm {
+    TNumFld* A = NumField(ClientArea(), "A");
+    TStringFld* Text = Add<TStringFld>(ClientArea(), "Text");
+    FormV3() {
+        setObjectName(QStringLiteral("Form2"));
+        (new QLabel(QStringLiteral("&Remark:"), ClientArea()))->setBuddy(Text);
+        AddFieldAlias(QStringLiteral("B"), QStringLiteral("Text"));
+        FormCreate();
+    }
+};
+
+TEST_F(FormIoTest, AnAliasCarriesARenamedValueOverInBothMedia) {
+    const QString CarriedOver = QStringLiteral("Carried over to renamed fields:\r\n- \"B\" as Remark");
+    {
+        FormV3 F;
+        TXmlDocument Doc;
+        Doc.LoadFromBytes(V1Xml());
+        TXmlNode Node = Doc.Root().NodeByName(QStringLiteral("Form2"));
+        F.ReadFromXML(Node, true);
+        EXPECT_EQ(F.Text->text(), QStringLiteral("hello"));
+        EXPECT_EQ(
+            Dialogs.Messages(),
+            QStringList{QStringLiteral("Field with name \"C\" not found while reading Form2\r\ndue to old "
+                                       "model version.\r\n\r\n") +
+                        CarriedOver + QStringLiteral("\r\n\r\n") + Closing});
+        EXPECT_TRUE(F.VersionUpdated);
+        // Saving brings the file up to date: the old ID is gone, the new one written.
+        F.WriteToXML(Node);
+        QStringList IDs;
+        for (const TXmlNode& E : Node.NodesByName(QStringLiteral("INumFld")))
+            IDs << E.AttributeByName(QStringLiteral("ID"));
+        EXPECT_EQ(IDs, (QStringList{"A", "Text"}));
+
+        // A file with elements of both IDs: the new one counts, the old one is stale.
+        Dialogs.Clear();
+        Node.NodeNew(QStringLiteral("INumFld"))
+            .WriteAttributeString(QStringLiteral("ID"), QStringLiteral("B"));
+        Node.NodesByName(QStringLiteral("INumFld"))
+            .back()
+            .WriteAttributeString(QStringLiteral("ClassName"), QStringLiteral("TStringFld"));
+        Node.NodesByName(QStringLiteral("INumFld"))
+            .back()
+            .WriteString(QStringLiteral("Value"), QStringLiteral("old"));
+        F.ReadFromXML(Node, false);
+        EXPECT_EQ(F.Text->text(), QStringLiteral("hello"));
+        EXPECT_EQ(Node.NodeCount(), 2);
+    }
+    {
+        Dialogs.Clear();
+        FormV3 F;
+        const QByteArray Data = V1Stream();
+        EXPECT_EQ(ReadForm(F, Data, true), Data.size());
+        EXPECT_EQ(F.Text->text(), QStringLiteral("hello"));
+        EXPECT_EQ(F.A->Value(), 2.5L);
+        EXPECT_EQ(Dialogs.Messages(),
+                  (QStringList{QStringLiteral("Some fields not found while reading Form2\r\ndue to old model "
+                                              "version, model is now upgraded"),
+                               QStringLiteral("Values carried over to renamed fields while reading FieldForm "
+                                              "Form2\r\n(older model version):\r\n- \"B\" as Remark")}));
+    }
 }
 
 TEST_F(FormIoTest, FindNumFldLooksIntoFramesWithoutComparingTheFrameName) {

@@ -281,6 +281,43 @@ TEST_F(ComboBox, TypedTextThatIsNoItemIsStoredWithoutIndex) {
     }
 }
 
+// What a read brought in is written back as read, in both media, until the box shows something else.
+TEST_F(ComboBox, ReadIndexAndTextWriteBackAsRead) {
+    const auto ReadXml = [this](int Index, const QString& Text) {
+        TXmlDocument D;
+        TXmlNode N = D.CreateRoot(QStringLiteral("INumFld"));
+        N.WriteInteger("ItemIndex", Index);
+        N.WriteString("Text", Text);
+        C->ReadFromXML(N);
+    };
+    const auto XmlIndex = [this] {
+        C->WriteToXML(Node);
+        return Node.ReadInteger("ItemIndex", 99);
+    };
+    const auto ReadStream = [this](int Index, const QString& Text) {
+        ReadRecord(*C,
+                   Hex("02") + char(Index) + Hex("06") + char(Text.size()) + Text.toLatin1() + Hex("0909"));
+    };
+    const auto StreamIndex = [this] { return int(static_cast<signed char>(WriteRecord(*C).at(1))); };
+    struct Medium {
+        const char* Name;
+        std::function<void(int, const QString&)> Read;
+        std::function<int()> Written;
+    };
+    for (const Medium& M : {Medium{"xml", ReadXml, XmlIndex}, Medium{"stream", ReadStream, StreamIndex}}) {
+        SCOPED_TRACE(M.Name);
+        for (int Round = 0; Round < 2; ++Round) {
+            M.Read(1, QStringLiteral("other"));
+            EXPECT_EQ(C->ItemIndex(), 1);
+            EXPECT_EQ(C->Text(), QStringLiteral("other"));
+            EXPECT_EQ(M.Written(), 1);
+        }
+        // Once the text changes, the classic rule again: a text that is no item has no index.
+        C->SetText(QStringLiteral("another"));
+        EXPECT_EQ(M.Written(), -1);
+    }
+}
+
 TEST_F(ComboBox, ValueTextAndSavedValues) {
     C->SetItemIndex(1);
     C->SetText(QStringLiteral("custom"));

@@ -5,10 +5,12 @@
 
 #include "dialogrecorder.h"
 #include "fieldtest.h"
+#include "settingsguard.h"
 #include "widgettest.h"
 
 #include <QApplication>
 #include <QDialog>
+#include <QFormLayout>
 #include <QLineEdit>
 #include <QMetaProperty>
 #include <QTest>
@@ -155,7 +157,73 @@ TEST(NumFldRefValue, ReferenceValueOutsideTheRangeIsRefused) {
     EXPECT_EQ(T.F->Value(), 3.0L);
     ASSERT_EQ(Dialogs.Count(), 1);
     EXPECT_EQ(Dialogs.Messages().front(),
-              QStringLiteral("Value of Pressure (=11), form Form1 must be between 0 and 10"));
+              QStringLiteral("Value of Inlet pressure (=11), form Form1 must be between 0 and 10"));
+}
+
+// The range message speaks the form's words: the caption the user reads, the unit after each value.
+TEST(NumFldLimits, RangeMessageNamesTheCaptionAndTheUnit) {
+    struct Case {
+        const char* Name;
+        std::function<TCustomNumEdit*(QWidget*)> Make;
+        Extended Min, Max, Value;
+        const char* Message;
+    };
+    const auto Numfld = [](QWidget* W, const char* Name, TParType P) {
+        auto* F = new TNumFld(W);
+        F->setObjectName(QString::fromUtf8(Name));
+        F->SetParType(P);
+        return F;
+    };
+    const Case Cases[] = {
+        {"form layout label",
+         [&](QWidget* W) {
+             auto* F = Numfld(W, "Pamb", ptPress);
+             F->SetNameLabelVisible(false);
+             (new QFormLayout(W))->addRow(QStringLiteral("Ambient &pressure:"), F);
+             return F;
+         },
+         1000, 2e5, 7e5,
+         "Value of Ambient pressure (=7.000 bar), form Ambient must be between 0.010 bar and 2.000 bar"},
+        {"own label and custom unit",
+         [&](QWidget* W) {
+             auto* F = Numfld(W, "P2", ptPress);
+             F->EditLabel()->SetCaption(QStringLiteral("Outlet pressure"));
+             F->SetCustomUnitStr(QStringLiteral("bar(g)"));
+             return F;
+         },
+         0, 1e5, 2e5,
+         "Value of Outlet pressure (=2.000 bar(g)), form Ambient must be between 0.000 bar(g) and 1.000 "
+         "bar(g)"},
+        {"label repeating the name, percent", [&](QWidget* W) { return Numfld(W, "Humidity", ptPercent); }, 0,
+         100, 120, "Value of Humidity (=120.00 %), form Ambient must be between 0.00 % and 100.00 %"},
+        {"dimensionless, Imperial",
+         [&](QWidget* W) {
+             auto* F = Numfld(W, "PR", ptPR);
+             F->SetUnitSystem(usImperial);
+             return F;
+         },
+         1, 60, 70, "Value of PR (=70.000), form Ambient must be between 1.000 and 60.000"},
+        {"plain edit",
+         [](QWidget* W) {
+             auto* E = new TNumEdit(W);
+             E->setObjectName(QStringLiteral("Tamb"));
+             E->SetParType(ptTemp);
+             return E;
+         },
+         180, 350, 400, "Value of Tamb (=400.00 K), form Ambient must be between 180.00 K and 350.00 K"},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        test::DialogRecorder Dialogs;
+        QWidget W;
+        W.setObjectName(QStringLiteral("Ambient"));
+        TCustomNumEdit* E = C.Make(&W);
+        E->SetMax(C.Max);
+        E->SetMin(C.Min);
+        E->SetValue(C.Min);
+        E->SetValue(C.Value);
+        EXPECT_EQ(Dialogs.Messages(), QStringList{QString::fromUtf8(C.Message)});
+    }
 }
 
 TEST(NumFldLimits, SetValueInsideMinMaxClampsAndReports) {
@@ -375,7 +443,7 @@ TEST(NumFldStream, OutOfRangeValueIsRefusedWithTheEditMessage) {
     ReadRecord(*T.F, FloatRecord(150.0L, true, true));
     EXPECT_EQ(T.F->Value(), 50.0L);
     ASSERT_EQ(Dialogs.Count(), 1);
-    EXPECT_TRUE(Dialogs.Messages().front().startsWith(QStringLiteral("Value of Pressure (=150)")));
+    EXPECT_TRUE(Dialogs.Messages().front().startsWith(QStringLiteral("Value of Inlet pressure (=150)")));
     EXPECT_FALSE(T.F->HasChanged());
 }
 
@@ -409,7 +477,8 @@ TEST(NumFldStreamHostile, EveryByteMutationReadsOrRaises) {
 
 // ---- XML --------------------------------------------------------------------------------------------
 
-TEST(NumFldXml, ValueTextIsUnscaledAndReadsBack) {
+// The rounded text of the original layout, kept for hosts that set XmlValueAsDisplayed.
+TEST(NumFldXml, ValueTextAsDisplayedIsUnscaledAndReadsBack) {
     struct Case {
         const char* Name;
         TParType ParType;
@@ -436,6 +505,7 @@ TEST(NumFldXml, ValueTextIsUnscaledAndReadsBack) {
         Src.F->SetNumericType(C.Numeric);
         Src.F->SetTrimZeroes(C.Trim);
         Src.F->SetValue(C.Value);
+        Src.F->SetXmlValueAsDisplayed(true);
         TXml X;
         Src.F->WriteToXML(X.Node);
         EXPECT_EQ(X.Child(QStringLiteral("Value")), QString::fromUtf8(C.Text));
@@ -446,6 +516,49 @@ TEST(NumFldXml, ValueTextIsUnscaledAndReadsBack) {
         Dst.F->SetUnitSystem(C.Units == usSI ? usImperial : usSI);
         Dst.F->ReadFromXML(X.Node);
         EXPECT_NEAR(static_cast<double>(Dst.F->Value()), static_cast<double>(C.Value), 1e-11);
+    }
+}
+
+// By default the text carries every digit: the value reads back exactly, whatever the edit shows.
+TEST(NumFldXml, ValueTextKeepsEveryDigit) {
+    struct Case {
+        const char* Name;
+        TParType ParType;
+        int Decimals;
+        Extended Value;
+        bool Comma;
+        const char* Exact;
+        const char* AsDisplayed;
+    };
+    const Case Cases[] = {
+        {"mass flow in kg/s", ptMassflow, 4, 0.0012345L, false, "0.0012345", "0.0012"},
+        {"pressure in Pa", ptPress, 0, 12.3456L, false, "12.3456", "12"},
+        {"decimal comma", ptPress, 0, 12.3456L, true, "12,3456", "12"},
+        {"tiny, with exponent", ptSFCshaft, 3, 5.8e-8L, false, "5.8E-08", "0.000"},
+        {"a third", ptNone, 2, 1.0L / 3.0L, false, "0.33333333333333333334", "0.33"},
+        {"infinity", ptNone, 2, std::numeric_limits<Extended>::infinity(), false, "INF", "INF"},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        test::SettingsGuard Guard(TFormatSettings::Invariant(),
+                                  C.Comma ? test::CommaSettings() : TFormatSettings::Invariant());
+        for (const bool AsDisplayed : {false, true}) {
+            TForm Src, Dst;
+            Src.F->SetParType(C.ParType);
+            Src.F->SetNumericType(ntFixed);
+            Src.F->SetDecimals(static_cast<quint16>(C.Decimals));
+            Src.F->SetValue(C.Value);
+            Src.F->SetXmlValueAsDisplayed(AsDisplayed);
+            TXml X;
+            Src.F->WriteToXML(X.Node);
+            EXPECT_EQ(X.Child(QStringLiteral("Value")),
+                      QString::fromUtf8(AsDisplayed ? C.AsDisplayed : C.Exact));
+            Dst.F->ReadFromXML(X.Node);
+            if (!AsDisplayed) {
+                EXPECT_EQ(Dst.F->Value(), C.Value);
+            }
+            EXPECT_FALSE(Src.F->XmlValueChanged(X.Node));
+        }
     }
 }
 
@@ -708,13 +821,14 @@ TEST(NumFldProperties, PublishedUnderTheirNamesAndSetLikeTheSetters) {
         {"RefValue", 2.5e-9, [](TNumFld* F) { F->SetRefValue(2.5e-9L); }},
         {"ControllableIfDisabled", true, [](TNumFld* F) { F->SetControllableIfDisabled(true); }},
         {"StoreParType", true, [](TNumFld* F) { F->SetStoreParType(true); }},
+        {"XmlValueAsDisplayed", true, [](TNumFld* F) { F->SetXmlValueAsDisplayed(true); }},
     };
     // What a setter can change, seen from outside.
     const auto State = [](TNumFld* F) {
         QStringList S;
         for (const char* N : {"EditLabelPosition", "EditUnitLabelPosition", "EditLabelSpacing",
                               "EditUnitLabelSpacing", "CustomUnitStr", "UnitVisible", "NameLabelVisible",
-                              "Tag2", "ControllableIfDisabled", "StoreParType"})
+                              "Tag2", "ControllableIfDisabled", "StoreParType", "XmlValueAsDisplayed"})
             S << F->property(N).toString();
         S << QString::number(static_cast<double>(F->RefValue()), 'g', 17);
         for (const QLabel* L : {F->EditLabel(), F->EditUnitLabel()})

@@ -50,6 +50,23 @@
 /// Reading XML: a field whose element holds text of the wrong type keeps its value (fields read
 /// all-or-nothing); the read goes on, sets rrcXmlError and shows one message naming the field.
 ///
+/// Finding fields: a stream record names its field by object name, an XML element by ID string
+/// (GetIDstring: for a TNumFld without CustomIDstring its label caption). Like the original, a
+/// read looks a field up by object name; unlike it, when that fails it also looks for a field
+/// whose ID string is the one stored (deliberate deviation 6), so a TNumFld whose caption
+/// differs from its object name reads back its own XML, and a field whose CustomIDstring keeps
+/// an old name is found in old streams too. FindNumFld does the same.
+/// Renamed fields: AddFieldAlias("Power", "PWshaft") lets an element or record stored under the
+/// old ID fill the field the new ID names, in both media (also part of deviation 6). In XML the
+/// old element is then removed like stale data (VersionUpdated), so saving writes the new ID; an
+/// alias is not used when the file holds an element of the new ID as well.
+///
+/// Messages about old files: an XML read shows one message. With one problem it is the classic
+/// message of that problem; with more, the first problem's message lists the other fields it
+/// could not carry over and the values carried over through aliases, each by its caption, before
+/// the closing text. A read that only carried values over says so in a message of its own, as
+/// does a stream read that carried values over (besides the classic messages).
+///
 /// Messages go through MessageDlg (warnings with OK); Help through ShowHelp (dialogs.h).
 #pragma once
 
@@ -139,8 +156,13 @@ public:
     virtual void CustomReadFromXML(TXmlNode Node);
 
     /// The field named NumFldID, or "Frame.Field" for a field of a frame (the frame's own name is
-    /// not compared: the first frame holding such a field wins). Names are compared exactly.
+    /// not compared: the first frame holding such a field wins). Names are compared exactly; when
+    /// no object name matches, the fields' ID strings are tried the same way.
     QObject* FindNumFld(const QString& NumFldID) const;
+    /// Declares that a field once stored under OldID is now the field NewID ("Frame.Field" for a
+    /// field of a frame in XML): reads in both media carry its value over (see the header
+    /// comment). A later alias for the same OldID replaces the earlier one.
+    void AddFieldAlias(const QString& OldID, const QString& NewID);
     /// The form's name (objectName), used in every message.
     QString IDstr() const;
 

@@ -346,6 +346,10 @@ private:
 /// Stream record: ItemIndex (integer), the text (string), Visible, Enabled. The older layout had no
 /// text: when the value after ItemIndex is not a string (any of the filer's string tags 06, 0C, 12,
 /// 14), the text the box had before the read is kept. XML: "ItemIndex" and "Text".
+/// The index written is the item the text names, -1 for a text that is none of the items (as the
+/// classic box reports after typing), except that what a read brought in is written back as read:
+/// while the box still shows the index and text of the last read, that index is written, even
+/// when the text is another item's or none.
 /// GetValueText is the selected item's text, or the edit text when ItemIndex names no item.
 class QXNUM_WIDGETS_EXPORT TComboBoxFld : public QComboBox, public TFieldBase {
     Q_OBJECT

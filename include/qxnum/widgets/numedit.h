@@ -279,7 +279,11 @@ public:
     virtual void FormatText();
     /// Keeps Min, Max and the value inside the data type's range (NaN stays "no value").
     virtual void CheckRange();
-    /// Range check with message; false when AValue is refused.
+    /// Range check with message; false when AValue is refused. The message reads "Value of
+    /// <field> (=<value> <unit>), form <owner> must be between <min> <unit> and <max> <unit>":
+    /// the field is named by its caption where it has one (a numeric input's own label caption,
+    /// else the label that has it as buddy, as a QFormLayout row's label), else by its object name;
+    /// the unit is the unit text without brackets (none for "-" or no parameter type).
     virtual bool Valid(Extended AValue);
     /// Evaluates the text into the value; false after a refused or unreadable text.
     bool UpdateValue(bool Exiting);

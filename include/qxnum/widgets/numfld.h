@@ -6,9 +6,14 @@
 ///   Stream record: the value as an 80-bit float (full precision, NaN and infinities included),
 ///   then Visible and Enabled as two booleans. XML: "ParType" (the enumeration name, only with
 ///   StoreParType), "Value" and, with StreamReadVisibleandEnabled, "Visible" and "Enabled".
-///   The XML value is text in base units: the number formatted like the edit formats it but
-///   unscaled (so it reads back into Value as it is), or the edit's text as typed when that is
-///   not a plain number (an expression, or "1,234.50" of ntNumber), or "" for no value.
+///   The XML value is text in base units: the shortest plain number that reads back to exactly
+///   Value ("0.0012345", "1.2345E-9", with NumInpFormatSettings' decimal separator, no grouping),
+///   or the edit's text as typed when that is not a plain number (an expression, or "1,234.50" of
+///   ntNumber), or "" for no value. Unlike the original layout, which writes the value rounded to
+///   the edit's decimals (0.0012345 kg/s as "0.0012"), the text keeps every digit (deliberate
+///   deviation 5); any reader of the original layout still reads it as a number. A host that must
+///   reproduce old files byte for byte sets XmlValueAsDisplayed: the value is then formatted like
+///   the edit formats it, unscaled, as the original does.
 ///   Reading a "Value" that is not a plain number puts the text into the edit without
 ///   evaluating it; an empty text gives NaN when both AllowEmpty and ClearIsNaN are set.
 ///   A "ParType" name that is not a parameter type is stored unchecked as the ordinal 255; the
@@ -47,6 +52,8 @@ class QXNUM_WIDGETS_EXPORT TNumFld : public TCustomNumInp, public TValueField<QS
     Q_PROPERTY(double RefValue READ RefValueAsDouble WRITE SetRefValueAsDouble)
     Q_PROPERTY(bool ControllableIfDisabled READ ControllableIfDisabled WRITE SetControllableIfDisabled)
     Q_PROPERTY(bool StoreParType READ StoreParType WRITE SetStoreParType)
+    /// The XML value rounded as displayed (the original layout) instead of exact; default false.
+    Q_PROPERTY(bool XmlValueAsDisplayed READ XmlValueAsDisplayed WRITE SetXmlValueAsDisplayed)
 
 public:
     /// Qt-style setters of the properties above, which forms compiled by uic call.
@@ -54,6 +61,7 @@ public:
     void setRefValue(double AValue) { SetRefValueAsDouble(AValue); }
     void setControllableIfDisabled(bool AValue) { SetControllableIfDisabled(AValue); }
     void setStoreParType(bool AValue) { SetStoreParType(AValue); }
+    void setXmlValueAsDisplayed(bool AValue) { SetXmlValueAsDisplayed(AValue); }
 
     explicit TNumFld(QWidget* Parent = nullptr);
     ~TNumFld() override;
@@ -75,6 +83,8 @@ public:
     void SetControllableIfDisabled(bool AValue);
     bool StoreParType() const;
     void SetStoreParType(bool AValue);
+    bool XmlValueAsDisplayed() const;
+    void SetXmlValueAsDisplayed(bool AValue);
     /// CustomIDstring as it is (possibly empty).
     QString GetIDstr() const { return CustomIDstring(); }
 
