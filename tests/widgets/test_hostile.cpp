@@ -285,6 +285,10 @@ void Numbers(TNumGrid& G, int K) {
             G.SetDValues(C, R, 1000.0 * K + R * 10 + C);
 }
 
+void PrintTo(const TGridSetUp& S, std::ostream* Os) {
+    *Os << S.Name;
+}
+
 const TGridSetUp GridSetUps[] = {
     {"OneFixedRow", Plain,
      [](TNumGrid& G, int K) {
@@ -375,9 +379,9 @@ std::vector<TMutant> CountMutants(const QByteArray& Original) {
                        }) + Original.mid(Rest),
                        "counts " + std::to_string(Rows) + " x " + std::to_string(Cols),
                        {0}});
-    // A complete record of one row and 1000 columns: reading it must stay fast.
+    // A complete record of one row and 2000 columns: reading it must stay fast.
     Out.push_back({WriteStream([](TWriter& W) {
-                       const int Wide = 1000;
+                       const int Wide = 2000;
                        W.WriteInteger(1);
                        W.WriteInteger(Wide);
                        for (int C = 0; C < Wide; ++C)
@@ -389,7 +393,7 @@ std::vector<TMutant> CountMutants(const QByteArray& Original) {
                        W.WriteBoolean(true);
                        W.WriteBoolean(true);
                    }),
-                   "1 row, 1000 columns",
+                   "1 row, 2000 columns",
                    {0}});
     return Out;
 }
@@ -487,7 +491,7 @@ TEST_P(HostileGrid, Xml) {
         Edits.Edit(D, I, Name);
         Mutants.push_back({D.SaveToBytes(), Name, {0}});
     }
-    Mutants.push_back({"<Grid><Colcount>1000</Colcount></Grid>", "1000 columns", {0}});
+    Mutants.push_back({"<Grid><Colcount>2000</Colcount></Grid>", "2000 columns", {0}});
     if (GetParam().NearTheCellLimit) {
         // Within the cell limit as a whole, beyond it with the grid's present row count: the new
         // column count must not be applied before the new row count is known to fit.
