@@ -3,8 +3,8 @@
 // shorter than the grid, as a host that removed a column leaves it. Every read either succeeds or
 // raises EReadError / EConvertError / EXmlError, and a read that raises leaves the grid as it was,
 // undo history included. What a read accepted can be checked and written, and a grid that keeps
-// the counts it reads reads its own record back to the same table; a skip consumes exactly the
-// grid's own record. fuzz_timeseries runs the same on the time-series grid.
+// the counts it reads (and its own titles) reads its own record back to the same table; a skip
+// consumes exactly the grid's own record. fuzz_timeseries runs the same on the time-series grid.
 #include <qxnum/dialogs.h>
 #include <qxnum/widgets/numgrid.h>
 #include <qxnum/widgets/timeseriesgrid.h>
@@ -137,7 +137,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
     if ((Mode & 3) == 1) {
         // The skip consumes exactly what the write wrote, string-column flags included.
         fuzz::Check(ReadBack(*MakeGrid(Mode), Record, true, End) && End == Record.size());
-    } else if (!Failed && (Mode & 28) == 0) {
+    } else if (!Failed && (Mode & 60) == 0) {
+        // Not with titles from the stream: the layout's rules leave the title row unread then.
         const std::unique_ptr<TNumGrid> Back = MakeGrid(Mode);
         fuzz::Check(ReadBack(*Back, Record, false, End) && End == Record.size());
         fuzz::Check(Snapshot(*Back, true) == Snapshot(Grid, true));
