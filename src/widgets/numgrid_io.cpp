@@ -160,17 +160,18 @@ QString TNumGrid::XmlColumnList(int Kind) const {
     TNumColumns* Cols = Priv()->FColumns;
     for (int C = 0; C < ColCount(); ++C) {
         if (C > 0) S += Delimiter;
+        // A grid column without a description (a host deleted one) is written with a new column's
+        // properties, so that every entry reads back.
         const TNumColumnPrivate* P = Cols->Items(C) ? Cols->Items(C)->Priv() : nullptr;
-        if (!P) continue;
         switch (Kind) {
         case 0:
-            S += GetEnumName(P->FUnitSystem);
+            S += GetEnumName(P ? P->FUnitSystem : usSI);
             break;
         case 1:
-            S += XmlBoolToStr(P->FStringCol);
+            S += XmlBoolToStr(P ? P->FStringCol : false);
             break;
         default:
-            S += GetEnumName(P->FParType);
+            S += GetEnumName(P ? P->FParType : ptNone);
             break;
         }
     }

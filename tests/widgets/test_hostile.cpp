@@ -413,16 +413,18 @@ protected:
     // Reads the original into a grid in state 2 (it must become state 1), then every mutant: a
     // read that raises must leave the grid exactly as it was.
     void Campaign(const std::function<void(TNumGrid&, const QByteArray&)>& Read, const QByteArray& Original,
-                  const std::vector<TMutant>& Mutants, const std::string& Medium,
-                  const QStringList& Written) {
+                  const std::vector<TMutant>& Mutants, const std::string& Medium, const QStringList& Written,
+                  bool ReadsBack = true) {
         TFindings Found;
         std::unique_ptr<TNumGrid> G = Make(2);
         TOutcome O = Timed([&] { Read(*G, Original); });
         CheckTime(Found, O, "the original");
-        if (O.Raised)
-            Found.Add("the original does not read back", "it raised");
-        else if (const std::string D = Diff(Written, DataOnly(*G, State(G.get(), false))); !D.empty())
-            Found.Add("the original does not read back to the state that wrote it", D);
+        if (ReadsBack) {
+            if (O.Raised)
+                Found.Add("the original does not read back", "it raised");
+            else if (const std::string D = Diff(Written, DataOnly(*G, State(G.get(), false))); !D.empty())
+                Found.Add("the original does not read back to the state that wrote it", D);
+        }
         int Reads = 1;
         G = Make(2);
         QStringList Before = State(G.get());
@@ -458,7 +460,10 @@ TEST_P(HostileGrid, Streams) {
         Mutants.push_back(std::move(M));
     Campaign([](TNumGrid& G,
                 const QByteArray& Data) { ReadStream([&](TReader& R) { G.ReadfromStream(R); }, Data); },
-             Original, Mutants, "stream", DataOnly(*Source, State(Source.get(), false)));
+             Original, Mutants, "stream", DataOnly(*Source, State(Source.get(), false)),
+             // The stream layout's reader takes the titles from the grid and reads no title strings,
+             // while its writer writes them: such a record is for grids that read titles elsewhere.
+             !Source->ReadColTitlesFromStream());
 
     // The skip consumes exactly the record, whatever the grid that skips it.
     std::unique_ptr<TNumGrid> Other = Make(2);
