@@ -141,12 +141,13 @@ int TNumGrid::Row() const {
 }
 
 void TNumGrid::CheckCellCount(qint64 Cols, qint64 Rows) {
-    // A row without columns still costs its row: count at least one cell per row and column.
-    if (Cols < 0 || Rows < 0 || std::max<qint64>(Cols, 1) * std::max<qint64>(Rows, 1) > MaxCellCount())
-        throw EConvertError(Tr("A grid of %1 columns and %2 rows exceeds the limit of %3 cells")
-                                .arg(Cols)
-                                .arg(Rows)
-                                .arg(MaxCellCount()));
+    if (!GridSizeAllowed(Cols, Rows))
+        throw EConvertError(
+            Tr("A grid of %1 columns and %2 rows exceeds the limits of %3 cells and %4 columns")
+                .arg(Cols)
+                .arg(Rows)
+                .arg(MaxCellCount())
+                .arg(MaxGridCols));
 }
 
 void TNumGrid::SetColCount(int AValue) {

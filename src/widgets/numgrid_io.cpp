@@ -220,13 +220,13 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
     int V = 0;
     if (!D->FIgnoreColCountRead && ReadXmlInteger(Node, QStringLiteral("Colcount"), V)) NewCols = V;
     if (!D->FIgnoreRowCountRead && ReadXmlInteger(Node, QStringLiteral("Rowcount"), V)) NewRows = V;
-    if (NewCols < 0 || NewRows < 0 ||
-        std::max<qint64>(NewCols, 1) * std::max<qint64>(NewRows, 1) > MaxCellCount())
+    if (!GridSizeAllowed(NewCols, NewRows))
         XmlConvertError(QStringLiteral("Colcount"),
-                        Tr("%1 columns and %2 rows are beyond the limit of %3 cells")
+                        Tr("%1 columns and %2 rows are beyond the limits of %3 cells and %4 columns")
                             .arg(NewCols)
                             .arg(NewRows)
-                            .arg(MaxCellCount()));
+                            .arg(MaxCellCount())
+                            .arg(MaxGridCols));
 
     // Column properties: raw values per column, applied without the setters' coupling.
     struct TColProps {
@@ -343,17 +343,25 @@ void TNumGrid::WriteStreamValue(TWriter& Writer) {
             Writer.WriteString(S);
 }
 
+namespace {
+
+[[noreturn]] void SizeError(const QString& ID, int Rows, int Cols, qint64 At) {
+    throw EReadError(Tr("Grid %1: %2 rows and %3 columns are beyond the limits of %4 cells and %5 columns")
+                         .arg(ID)
+                         .arg(Rows)
+                         .arg(Cols)
+                         .arg(TNumGrid::MaxCellCount())
+                         .arg(MaxGridCols),
+                     At);
+}
+
+} // namespace
+
 void TNumGrid::ReadCounts(TReader& Reader, int& Rows, int& Cols) const {
     const qint64 At = Reader.Position();
     Rows = Reader.ReadInteger();
     Cols = Reader.ReadInteger();
-    if (Rows < 0 || Cols < 0 || std::max<qint64>(Rows, 1) * std::max<qint64>(Cols, 1) > MaxCellCount())
-        throw EReadError(Tr("Grid %1: %2 rows and %3 columns are beyond the limit of %4 cells")
-                             .arg(GetIDstring())
-                             .arg(Rows)
-                             .arg(Cols)
-                             .arg(MaxCellCount()),
-                         At);
+    if (!GridSizeAllowed(Cols, Rows)) SizeError(GetIDstring(), Rows, Cols, At);
 }
 
 namespace {
@@ -375,13 +383,7 @@ TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
     const int NewRows = D->FIgnoreRowCountRead ? RowCount() : Rows;
     const int NewCols = D->FIgnoreColCountRead ? ColCount() : Cols;
     // The counts kept from the grid may meet the stored ones beyond the limit.
-    if (std::max<qint64>(NewRows, 1) * std::max<qint64>(NewCols, 1) > MaxCellCount())
-        throw EReadError(Tr("Grid %1: %2 rows and %3 columns are beyond the limit of %4 cells")
-                             .arg(GetIDstring())
-                             .arg(NewRows)
-                             .arg(NewCols)
-                             .arg(MaxCellCount()),
-                         Start);
+    if (!GridSizeAllowed(NewCols, NewRows)) SizeError(GetIDstring(), NewRows, NewCols, Start);
     const int FillRows = std::min(Rows, NewRows);
     const int FillCols = std::min(Cols, NewCols);
     // Fixed rows as they will be once the counts are set.

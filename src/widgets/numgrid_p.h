@@ -12,11 +12,21 @@ class QKeyEvent;
 class QPainter;
 class QUndoStack;
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <vector>
 
 namespace qxnum {
+
+// Whether a grid of Cols x Rows is within the limits: MaxCellCount() cells, counting a row without
+// columns or a column without rows as one cell, and MaxGridCols columns, since each column is an
+// object of its own (a short file must not build millions of them in a one-row grid).
+constexpr int MaxGridCols = 16384;
+inline bool GridSizeAllowed(qint64 Cols, qint64 Rows) {
+    return Cols >= 0 && Rows >= 0 && Cols <= MaxGridCols &&
+           std::max<qint64>(Cols, 1) * std::max<qint64>(Rows, 1) <= TNumGrid::MaxCellCount();
+}
 
 // The cells: text per cell, row-major as a vector of rows, so that moving, inserting and deleting
 // rows moves row handles, not texts. The object slots are made only when a host sets one.

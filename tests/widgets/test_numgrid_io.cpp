@@ -242,6 +242,7 @@ TEST_F(GridIoTest, BadXmlRaisesAndLeavesTheGridAsItWas) {
         "<g><Colcount>x</Colcount></g>",
         "<g><Rowcount>-4</Rowcount></g>",
         "<g><Colcount>100000</Colcount><Rowcount>100000</Rowcount></g>",
+        "<g><Colcount>16385</Colcount><Rowcount>1</Rowcount></g>", // within the cells, too many columns
         "<g><Rows><RowX>1</RowX></Rows></g>",
         "<g><Rows><Row99>1</Row99></Rows></g>",
         "<g><Rows><Row-1>1</Row-1></Rows></g>",
@@ -263,6 +264,7 @@ TEST_F(GridIoTest, HostileStreamsEitherReadOrRaise) {
         Bytes().Int(-1).Int(2).B,
         QByteArray("\x04\xff\xff\xff\x7f\x04\xff\xff\xff\x7f", 10), // 2^31 - 1 rows and columns
         Bytes().Int(1).Int(1).Int(7).B,
+        Bytes().Int(0).Int(9'000'000).B, // no rows: within the cells, too many columns
         Bytes().Int(2).Int(2).Str("x").B,
         Good.left(Good.size() - 3),
     };

@@ -183,7 +183,8 @@ public:
     explicit TNumGrid(QWidget* Owner = nullptr);
     ~TNumGrid() override;
 
-    /// The largest ColCount x RowCount a file may ask for (10,000,000 cells).
+    /// The largest ColCount x RowCount a file may ask for (10,000,000 cells); ColCount is also
+    /// limited to 16,384, since every column is an object of its own.
     static qint64 MaxCellCount();
 
     TNumColumns* Columns() const;
