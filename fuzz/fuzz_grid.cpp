@@ -60,6 +60,12 @@ std::unique_ptr<TNumGrid> MakeGrid(quint8 Mode) {
     return G;
 }
 
+bool KnownUnitSystems(TNumGrid& G) {
+    for (int C = 0; C < G.Columns()->Count(); ++C)
+        if (G.Columns()->Items(C)->UnitSystem() > usImperial) return false;
+    return true;
+}
+
 QByteArray WriteRecord(TNumGrid& G) {
     QBuffer Out;
     Out.open(QIODevice::WriteOnly);
@@ -137,8 +143,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
     if ((Mode & 3) == 1) {
         // The skip consumes exactly what the write wrote, string-column flags included.
         fuzz::Check(ReadBack(*MakeGrid(Mode), Record, true, End) && End == Record.size());
-    } else if (!Failed && (Mode & 60) == 0) {
+    } else if (!Failed && (Mode & 60) == 0 && KnownUnitSystems(Grid)) {
         // Not with titles from the stream: the layout's rules leave the title row unread then.
+        // Nor after an XML read kept an unknown unit name as the error value, which the stream
+        // reader refuses.
         const std::unique_ptr<TNumGrid> Back = MakeGrid(Mode);
         fuzz::Check(ReadBack(*Back, Record, false, End) && End == Record.size());
         fuzz::Check(Snapshot(*Back, true) == Snapshot(Grid, true));
