@@ -6,12 +6,16 @@
 
 #include <QApplication>
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace fuzz {
 
-inline void Check(bool Ok) {
-    if (!Ok) std::abort();
+// Aborts (a finding) when Ok is false, naming the check that failed.
+inline void Check(bool Ok, const char* File = __builtin_FILE(), int Line = __builtin_LINE()) {
+    if (Ok) return;
+    std::fprintf(stderr, "check failed at %s:%d\n", File, Line);
+    std::abort();
 }
 
 // The application, made on the first call with Handler answering every message.
