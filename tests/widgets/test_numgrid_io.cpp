@@ -28,23 +28,9 @@ using qxnum::test::WriteRecord;
 
 namespace {
 
-QByteArray WriteGrid(TNumGrid& G) {
-    QBuffer Buf;
-    Buf.open(QIODevice::WriteOnly);
-    {
-        TWriter W(&Buf);
-        G.WritetoStream(W);
-    }
-    return Buf.data();
-}
-
 void ReadGrid(TNumGrid& G, const QByteArray& Data, qint64* End = nullptr) {
-    QBuffer Buf;
-    Buf.setData(Data);
-    Buf.open(QIODevice::ReadOnly);
-    TReader R(&Buf);
-    G.ReadfromStream(R);
-    if (End) *End = R.Position();
+    const qint64 At = ReadRecord(G, Data);
+    if (End) *End = At;
 }
 
 struct GridIoTest : ::testing::Test {
@@ -86,7 +72,7 @@ TEST_F(GridIoTest, AHandMadeStreamIsReadAndWrittenBackByteForByte) {
     // The title row is the grid's own, so write the stream's titles back before comparing.
     for (int C = 0; C < 3; ++C)
         Grid->SetCells(C, 0, QStringLiteral("t%1").arg(C));
-    EXPECT_EQ(WriteGrid(*Grid).toHex(' ').toStdString(), HandMadeStream().toHex(' ').toStdString());
+    EXPECT_EQ(WriteRecord(*Grid).toHex(' ').toStdString(), HandMadeStream().toHex(' ').toStdString());
 }
 
 TEST_F(GridIoTest, StreamRoundTripAndSkip) {
@@ -96,7 +82,7 @@ TEST_F(GridIoTest, StreamRoundTripAndSkip) {
     Grid->SetCells(3, 4, QStringLiteral("Ωmega ; text"));
     Grid->Columns()->Items(1)->SetParType(ptPress);
     Grid->SetDValues(1, 2, 250000);
-    const QByteArray Data = WriteGrid(*Grid) + Bytes().Str("after").B;
+    const QByteArray Data = WriteRecord(*Grid) + Bytes().Str("after").B;
     TNumGrid Back;
     Back.SetColFormats({});
     Back.Columns()->Items(1)->SetParType(ptPress);
@@ -578,7 +564,7 @@ TEST_F(GridIoTest, TitlesReadBackKeepTheirCaption) {
 TEST_F(GridIoTest, ReadingFromStreamIsOverWhenOnAfterReadFires) {
     bool During = true;
     Grid->SetOnAfterRead([&](QObject*) { During = Grid->ReadingFromStream(); });
-    ReadGrid(*Grid, WriteGrid(*Grid));
+    ReadGrid(*Grid, WriteRecord(*Grid));
     EXPECT_FALSE(During);
 }
 
