@@ -178,6 +178,10 @@ public:
 
     static TNumGridPrivate* Of(TNumGrid* G) { return G->Priv(); }
 
+    // The item model (numgridmodel.cpp), made on first use: without it the notifications below
+    // cost it one test each.
+    TNumGridModel* Model = nullptr;
+
     // Told by the model, done by the view (numgrid_view.cpp):
     // counts, fixed counts, widths, heights, title font or line count changed.
     void LayoutChanged();

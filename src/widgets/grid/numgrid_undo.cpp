@@ -1,6 +1,7 @@
 // The grid's undo history: each step keeps the rows that an edit, a paste or a row operation
 // changed, before and after, so that undo and redo splice them back whatever the table's size.
 #include "numgrid_view_p.h"
+#include "numgridmodel_p.h"
 
 #include <QCoreApplication>
 #include <QUndoStack>
@@ -66,9 +67,14 @@ void TNumGridPrivate::ApplyUndo(int First, int Remove, const std::vector<std::ve
                                 QPoint Cell) {
     const int OldRows = q->RowCount();
     if (First + Remove > OldRows) return; // cannot happen: shape changes clear the history
+    // The rows beyond the common ones come or go at the end of the replaced block.
+    const int Common = std::min(Remove, static_cast<int>(Insert.size()));
+    TModelRowsChange Change(this, Remove > Common ? TModelRowsChange::Remove : TModelRowsChange::Insert,
+                            First + Common, std::max(Remove, static_cast<int>(Insert.size())) - Common);
     ApplyingUndo = true;
     if (View->EditorOpen) CancelEdit();
     Store.Splice(First, Remove, Insert);
+    Change.Done();
     const int Rows = q->RowCount(), Cols = q->ColCount();
     FRow = std::clamp(Cell.y(), std::min(FFixedRows, std::max(Rows - 1, 0)), std::max(Rows - 1, 0));
     FCol = std::clamp(Cell.x(), std::min(FFixedCols, std::max(Cols - 1, 0)), std::max(Cols - 1, 0));
