@@ -153,16 +153,18 @@ void TNumGridModelPrivate::LayoutChanged(TNumGridModel* M) {
     Of(M)->Flush();
 }
 
-// Signals are no place for exceptions (Qt does not carry them through its connections); one from
-// a host's slot must not turn an unwinding grid operation into a termination either.
 TModelHold::TModelHold(TNumGridPrivate* D) : M(D->Model) {
     if (M) ++TNumGridModelPrivate::Of(M)->Hold;
 }
 
+// Signals are no place for exceptions (Qt does not carry them through its connections); one from
+// a host's slot must not turn an unwinding grid operation into a termination either.
 TModelHold::~TModelHold() {
     if (!M) return;
     TNumGridModelPrivate* P = TNumGridModelPrivate::Of(M);
     --P->Hold;
+    // An operation cut short by an exception may have changed any cell on its way.
+    if (std::uncaught_exceptions() > Unwinding) P->MarkAll();
     try {
         P->Flush();
     } catch (...) {
@@ -189,6 +191,8 @@ TModelRowsChange::~TModelRowsChange() {
     --P->Hold;
     try {
         if (std::exchange(Announced, false)) P->Complete(Kind, Count);
+        // An operation cut short by an exception: its rows may not be where it announced them.
+        if (std::uncaught_exceptions() > Unwinding) P->MarkAll();
         // An operation that did something else than it announced is caught up here as well.
         P->Flush();
     } catch (...) {

@@ -14,6 +14,7 @@
 #include <QPointer>
 
 #include <climits>
+#include <exception>
 #include <optional>
 
 namespace qxnum {
@@ -28,6 +29,7 @@ public:
 
 private:
     QPointer<TNumGridModel> M;
+    int Unwinding = std::uncaught_exceptions();
 };
 
 // A row operation at a known place, announced to the model before the grid changes anything and
@@ -51,6 +53,7 @@ private:
     TKind Kind = Insert;
     int Count = 0;
     bool Announced = false;
+    int Unwinding = std::uncaught_exceptions();
 };
 
 class TNumGridModelPrivate {
