@@ -615,7 +615,7 @@ void TNumGrid::ResetTitles() {
     if (D->FFixedRows <= 0 || RowCount() == 0 || !D->FColumns) return;
     const int N = std::min(ColCount(), D->FColumns->Count());
     for (int C = 0; C < N; ++C)
-        D->Store.Put(C, 0, D->FColumns->Items(C)->TitleString());
+        D->Store.PutTitle(C, D->FColumns->Items(C)->TitleString());
     D->CellsChanged();
 }
 

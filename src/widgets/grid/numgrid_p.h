@@ -110,6 +110,10 @@ public:
         Mut(C, R).SetText(Text, Value);
         Touch(C);
     }
+    // A title in row 0: no data cell changes, so the column's version stays.
+    void PutTitle(int C, const QString& Text) {
+        if (Cell(C, 0) != Text || Cell(C, 0).isNull()) Mut(C, 0).SetText(Text);
+    }
     // The value parsed from a cell's unchanged text: the column's contents do not change.
     void Hold(int C, int R, Extended Value) { Mut(C, R).SetValue(Value); }
     void Clear(int C, int R) {
