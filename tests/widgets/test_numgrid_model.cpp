@@ -224,6 +224,7 @@ TEST_F(ModelTest, ViewsProxyAndMapperStayCurrentThroughEveryChange) {
             EXPECT_EQ(Tracked.data().toString(), TrackedName);
         }
         EXPECT_EQ(ModelReports, QStringList());
+        ModelReports.clear();
     }
 }
 

@@ -282,9 +282,16 @@ public:
 
     /// --- Titles and refresh ---
     void ResetTitles();
+    /// Re-titles and checks after a change: a column (or its title) as Sender checks that column
+    /// only; anything else checks every column whose cells or settings changed since its last check.
     void GridStringsChanged(QObject* Sender = nullptr);
+    /// Between BeginUpdate and EndUpdate, changes of cells and columns are not checked or painted;
+    /// EndUpdate does it once for all of them.
     void BeginUpdate();
     void EndUpdate();
+    /// Switches every column that is neither a string column nor expression-driven to AValue in
+    /// one pass: each cell's held value is re-expressed (see Cells), then one check and one repaint.
+    void SwitchUnitSystem(TUnitSystem AValue);
     bool IsUpdating() const;
     QStringList ColFormats() const;
     void SetColFormats(const QStringList& List);
@@ -292,6 +299,8 @@ public:
     /// --- Checks ---
     virtual bool CheckCell(int ACol, int ARow);
     virtual bool CheckRow(int ARow);
+    /// Checks every data cell, also of columns known to be checked: call it after changing the
+    /// working unit tables or the format settings, which the grid cannot see.
     bool CheckAllCells();
     virtual bool CheckGrid();
 

@@ -143,14 +143,15 @@ QString TNumGrid::XmlRowText(int ARow) const {
     // so any ";" in it is dropped.
     const auto& Row = Priv()->Store.Row(ARow);
     qsizetype Length = Row.empty() ? 0 : static_cast<qsizetype>(Row.size()) - 1;
-    for (const QString& Cell : Row)
-        Length += Cell.size();
+    for (const TCell& Cell : Row)
+        Length += Cell.Text().size();
     QString S(Length, Qt::Uninitialized);
     QChar* Out = S.data();
     for (size_t C = 0; C < Row.size(); ++C) {
         if (C > 0) *Out++ = Delimiter;
-        const QChar* In = Row[C].constData();
-        for (const QChar* End = In + Row[C].size(); In != End; ++In)
+        const QString& Text = Row[C].Text();
+        const QChar* In = Text.constData();
+        for (const QChar* End = In + Text.size(); In != End; ++In)
             if (*In != Delimiter) *Out++ = *In;
     }
     S.truncate(Out - S.constData());
@@ -300,7 +301,6 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
             for (const TRowText& T : *RowTexts) {
                 const bool Data = T.Row >= GD->FFixedRows;
                 if (!Data && !(T.Row == 0 && GD->FReadColTitlesFromStream)) continue;
-                auto& Row = GD->Store.Row(T.Row);
                 // Data entries are stored as they stand; only the title row turns the characters
                 // of a line-break reference back into the line break (before the split, since
                 // they hold the delimiter).
@@ -316,7 +316,7 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
                         Start = End + 1;
                     }
                     if (Data) {
-                        Row[static_cast<size_t>(C)] = std::move(Entry);
+                        GD->Store.Put(C, T.Row, Entry);
                     } else if (C < NC) {
                         TNumColumn* Column = Columns->Items(C);
                         Column->Title()->d->FCaption = CaptionOfTitle(Entry, Column->UnitString());
@@ -341,8 +341,8 @@ void TNumGrid::WriteStreamValue(TWriter& Writer) {
     for (int C = 0; C < ColCount(); ++C)
         Writer.WriteBoolean(Cols->Items(C) ? Cols->Items(C)->Priv()->FStringCol : false);
     for (int R = 0; R < RowCount(); ++R)
-        for (const QString& S : Priv()->Store.Row(R))
-            Writer.WriteString(S);
+        for (const TCell& Cell : Priv()->Store.Row(R))
+            Writer.WriteString(Cell.Text());
 }
 
 namespace {
@@ -451,10 +451,10 @@ TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
                     Columns->Items(C)->Priv()->FStringCol = (*Strings)[static_cast<size_t>(C)];
             }
             for (size_t I = 0; I < Texts->size(); ++I) {
-                auto& Row = GD->Store.Row(Fixed + static_cast<int>(I));
+                const int R = Fixed + static_cast<int>(I);
                 const auto& In = (*Texts)[I];
-                for (size_t C = 0; C < In.size() && C < Row.size(); ++C)
-                    Row[C] = In[C];
+                for (size_t C = 0; C < In.size() && C < static_cast<size_t>(ColCount()); ++C)
+                    GD->Store.Put(static_cast<int>(C), R, In[C]);
             }
             for (int C = 0; C < Captions.size(); ++C)
                 Columns->Items(C)->Title()->d->FCaption = Captions[C];

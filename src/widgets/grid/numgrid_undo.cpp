@@ -7,12 +7,13 @@
 #include <QUndoStack>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace qxnum {
 
 namespace {
 
-using TRows = std::vector<std::vector<QString>>;
+using TRows = std::vector<TCellRow>;
 
 TRows TakeRows(const TCellStore& Store, int First, int Count) {
     TRows Rows;
@@ -63,14 +64,14 @@ private:
 
 } // namespace
 
-void TNumGridPrivate::ApplyUndo(int First, int Remove, const std::vector<std::vector<QString>>& Insert,
-                                QPoint Cell) {
+void TNumGridPrivate::ApplyUndo(int First, int Remove, const std::vector<TCellRow>& Insert, QPoint Cell) {
     const int OldRows = q->RowCount();
     if (First + Remove > OldRows) return; // cannot happen: shape changes clear the history
-    // The rows beyond the common ones come or go at the end of the replaced block.
-    const int Common = std::min(Remove, static_cast<int>(Insert.size()));
-    TModelRowsChange Change(this, Remove > Common ? TModelRowsChange::Remove : TModelRowsChange::Insert,
-                            First + Common, std::max(Remove, static_cast<int>(Insert.size())) - Common);
+    // Rows only inserted or only removed (a row step) are told where they are; a step that also
+    // rewrites rows (a paste) is caught up afterwards.
+    const int Added = static_cast<int>(Insert.size()) - Remove;
+    TModelRowsChange Change(this, Added > 0 ? TModelRowsChange::Insert : TModelRowsChange::Remove, First,
+                            Remove == 0 || Insert.empty() ? std::abs(Added) : 0);
     ApplyingUndo = true;
     if (View->EditorOpen) CancelEdit();
     Store.Splice(First, Remove, Insert);

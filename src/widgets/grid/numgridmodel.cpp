@@ -247,11 +247,14 @@ void TNumGridModelPrivate::Complete(TModelRowsChange::TKind Kind, int Count) {
 
 std::optional<double> TNumGridModelPrivate::BaseValue(int C, int R) const {
     // The column's reading takes text that is no number for 0; the model says that there is none.
+    // A cell holding its value holds a number.
     const TNumColumn* Column = D->FColumns->Items(C);
-    const QString Text = Grid->Cells(C, R).trimmed();
-    Extended Probe = 0.0L;
-    if (Column && !Column->OnExprCheckVariable() && !Text.isEmpty() && !TryQX_StrToFloat(Text, Probe))
-        return std::nullopt;
+    if (Column && !Column->OnExprCheckVariable() && D->Store.Contains(C, R) &&
+        !D->Store.At(C, R).HasValue()) {
+        const QString Text = D->Store.Cell(C, R).trimmed();
+        Extended Probe = 0.0L;
+        if (!Text.isEmpty() && !TryQX_StrToFloat(Text, Probe)) return std::nullopt;
+    }
     try {
         return D->QuietValue(C, R);
     } catch (...) {
@@ -361,6 +364,7 @@ bool TNumGridModelPrivate::SetCell(int C, int R, const QVariant& Value, int Role
     if (!Column || !D->CellEditable(C, R) || !Value.isValid()) return false;
     const bool AsText = Role == Qt::EditRole || Role == Qt::DisplayRole;
     QString Text;
+    std::optional<Extended> Number; // a numeric column's new value, in base units
     if (Column->CheckBoxCol()) {
         bool Checked = false;
         if (Role == Qt::CheckStateRole) {
@@ -407,14 +411,24 @@ bool TNumGridModelPrivate::SetCell(int C, int R, const QVariant& Value, int Role
             // Clamped as the grid's checks clamp a typed number, then formatted as they reformat it.
             if (Column->Max() - Column->Min() > LimitTolerance)
                 V = std::clamp(V, Column->Min(), Column->Max());
+            Number = V;
             Text = Column->GetValueString(R, V, true);
         }
     }
     const QString Old = Grid->Cells(C, R);
-    if (Text == Old) return true;
+    const bool NewText = Text != Old || Text.isNull() != Old.isNull();
     {
         TGridUndoStep Step(D, R, 1, "Edit cell");
-        Grid->SetCells(C, R, Text);
+        // A number keeps its exact value beside its text (deliberate deviation 4), even when the
+        // text stays the same.
+        if (Number)
+            Grid->SetDValues(C, R, *Number);
+        else if (NewText)
+            Grid->SetCells(C, R, Text);
+    }
+    if (!NewText) {
+        if (Number) TNumGridModelPrivate::CellChanged(m, C, R); // the value may have changed
+        return true;
     }
     // As a committed edit once the cell is left; the current cell's edit is then reported already.
     if (C == D->FCol && R == D->FRow) D->OldCelltxt = Grid->Cells(C, R);
