@@ -311,6 +311,22 @@ TEST(ModelEdit, SetDataFollowsTheColumnRulesOrRefusesQuietly) {
     }
 }
 
+TEST_F(ModelTest, AnEditKeepsItsExactValueBesideTheRoundedText) {
+    std::vector<QString> Reported;
+    Grid->SetOnCellTxtChange([&](QObject*, int, int, const QString& Old) { Reported.push_back(Old); });
+    QSignalSpy Changed(Model, &QAbstractItemModel::dataChanged);
+    ASSERT_TRUE(Model->setData(At(0, Pressure), 123456.789, TNumGridModel::BaseValueRole));
+    EXPECT_EQ(Grid->Cells(Pressure, 1), QStringLiteral("1.23457"));
+    EXPECT_EQ(Grid->GetDValues(Pressure, 1), static_cast<Extended>(123456.789));
+    EXPECT_EQ(At(0, Pressure).data(TNumGridModel::BaseValueRole), QVariant(123456.789));
+    // The same text with another value: no text change to report, but the views learn the value.
+    ASSERT_TRUE(Model->setData(At(0, Pressure), 123456.7891, TNumGridModel::BaseValueRole));
+    EXPECT_EQ(Grid->Cells(Pressure, 1), QStringLiteral("1.23457"));
+    EXPECT_EQ(At(0, Pressure).data(TNumGridModel::BaseValueRole), QVariant(123456.7891));
+    EXPECT_EQ(Reported, std::vector<QString>{QStringLiteral("3.000")});
+    EXPECT_EQ(Changed.count(), 2);
+}
+
 TEST_F(ModelTest, RolesReadTheCellQuietly) {
     Grid->SetCells(Pressure, 1, QStringLiteral("2.500"));
     Grid->SetCells(Pressure, 2, QStringLiteral("abc"));
