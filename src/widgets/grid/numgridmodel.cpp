@@ -154,7 +154,9 @@ void TNumGridModelPrivate::LayoutChanged(TNumGridModel* M) {
 }
 
 TModelHold::TModelHold(TNumGridPrivate* D) : M(D->Model) {
-    if (M) ++TNumGridModelPrivate::Of(M)->Hold;
+    if (!M) return;
+    Unwinding = std::uncaught_exceptions();
+    ++TNumGridModelPrivate::Of(M)->Hold;
 }
 
 // Signals are no place for exceptions (Qt does not carry them through its connections); one from
@@ -174,6 +176,7 @@ TModelHold::~TModelHold() {
 TModelRowsChange::TModelRowsChange(TNumGridPrivate* D, TKind AKind, int First, int ACount, int To)
     : M(D->Model), Kind(AKind), Count(ACount) {
     if (!M) return;
+    Unwinding = std::uncaught_exceptions();
     TNumGridModelPrivate* P = TNumGridModelPrivate::Of(M);
     if (!P->Held() && Count > 0) Announced = P->Announce(Kind, First, Count, To);
     ++P->Hold;

@@ -29,7 +29,7 @@ public:
 
 private:
     QPointer<TNumGridModel> M;
-    int Unwinding = std::uncaught_exceptions();
+    int Unwinding = 0; // exceptions in flight when the scope began
 };
 
 // A row operation at a known place, announced to the model before the grid changes anything and
@@ -53,7 +53,7 @@ private:
     TKind Kind = Insert;
     int Count = 0;
     bool Announced = false;
-    int Unwinding = std::uncaught_exceptions();
+    int Unwinding = 0; // exceptions in flight when the scope began
 };
 
 class TNumGridModelPrivate {
