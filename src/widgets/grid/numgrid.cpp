@@ -106,11 +106,11 @@ void TNumGridPrivate::MarkChecked(TNumColumnPrivate* P, int C) const {
     P->CheckedStamp = P->Stamp;
 }
 
-bool TNumGridPrivate::CheckColumns(int Only, bool Force) {
+bool TNumGridPrivate::CheckColumns(const std::vector<int>& Only, bool Force) {
     const int Count = std::min(FColumns->Count(), Store.ColCount());
     std::vector<int> Cols;
     for (int C = 0; C < Count; ++C) {
-        if (Only >= 0 && C != Only) continue;
+        if (!Only.empty() && std::find(Only.begin(), Only.end(), C) == Only.end()) continue;
         TNumColumnPrivate* P = FColumns->Items(C)->Priv();
         if (!P->HoldsValues()) continue; // nothing to check
         if (!Force && ColumnChecked(P, C)) continue;
@@ -121,7 +121,7 @@ bool TNumGridPrivate::CheckColumns(int Only, bool Force) {
         Holding += FColumns->Items(C)->Priv()->HoldsValues() ? 1 : 0;
     // Row by row, as CheckAllCells reports the first invalid cell; through CheckRow when every
     // column is checked, so that a derived grid's row rules apply.
-    const bool Whole = Only < 0 && static_cast<int>(Cols.size()) == Holding;
+    const bool Whole = Only.empty() && static_cast<int>(Cols.size()) == Holding;
     for (int R = 1; R < Store.RowCount(); ++R) {
         if (Whole) {
             if (!q->CheckRow(R)) return false;
@@ -625,11 +625,11 @@ void TNumGrid::GridStringsChanged(QObject* Sender) {
     ResetTitles();
     // A column (or its title) that changed is checked alone; anything else checks every column
     // whose cells or settings changed since its last check.
-    int Only = -1;
+    std::vector<int> Only;
     if (auto* T = qobject_cast<TNumColTitle*>(Sender)) Sender = T->Column();
     if (auto* Column = qobject_cast<TNumColumn*>(Sender); Column && Column->Grid() == this) {
-        Only = Column->Index();
-        if (Only < 0) return;
+        if (Column->Index() < 0) return;
+        Only.push_back(Column->Index());
     }
     D->CheckColumns(Only, false);
     D->CellsChanged();
@@ -682,7 +682,7 @@ bool TNumGrid::CheckRow(int ARow) {
 bool TNumGrid::CheckAllCells() {
     // From row 1 whatever FixedRows is: a second title row is checked as data. Every cell, even of
     // a column known to be checked: the host may have changed the unit tables or format settings.
-    return Priv()->CheckColumns(-1, true);
+    return Priv()->CheckColumns({}, true);
 }
 
 void TNumGrid::SwitchUnitSystem(TUnitSystem AValue) {
@@ -690,14 +690,21 @@ void TNumGrid::SwitchUnitSystem(TUnitSystem AValue) {
     const bool Outer = D->Updating;
     D->Updating = true;
     TNumColumns* Cols = D->FColumns;
+    std::vector<int> Switched;
     for (int C = 0; C < Cols->Count(); ++C) {
         TNumColumn* Column = Cols->Items(C);
-        if (Column->Priv()->HoldsValues()) Column->SetUnitSystem(AValue);
+        // A column already showing AValue is left as it is: neither rewritten nor checked.
+        if (Column->Priv()->HoldsValues() && !(Column->UnitSystemSet() && Column->UnitSystem() == AValue)) {
+            Column->SetUnitSystem(AValue);
+            Switched.push_back(C);
+        }
     }
     D->Updating = Outer;
-    if (Outer) return;
+    if (Outer || Switched.empty()) return;
     D->CatchUpView();
-    GridStringsChanged(this);
+    ResetTitles();
+    D->CheckColumns(Switched, false);
+    D->CellsChanged();
 }
 
 bool TNumGrid::CheckGrid() {

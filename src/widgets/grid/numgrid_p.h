@@ -84,6 +84,9 @@ private:
     bool FHasValue = false;
 };
 
+static_assert(sizeof(void*) != 8 || std::numeric_limits<Extended>::digits != 64 || sizeof(TCell) == 40,
+              "a cell is a text and 11 bytes");
+
 using TCellRow = std::vector<TCell>;
 
 // The cells, row-major as a vector of rows, so that moving, inserting and deleting rows moves row
@@ -269,10 +272,10 @@ public:
     // Writes a text formatted from Value, keeping Value beside it; reports the change when the text
     // differs.
     void PutValue(int C, int R, const QString& Text, Extended Value);
-    // Checks the data cells of column Only (every column when -1), row by row, skipping columns
-    // whose cells and settings have not changed since their last check unless Force; false at the
-    // first invalid cell (reported).
-    bool CheckColumns(int Only, bool Force);
+    // Checks the data cells of the columns Only (every column when empty), row by row, skipping
+    // columns whose cells and settings have not changed since their last check unless Force; false
+    // at the first invalid cell (reported).
+    bool CheckColumns(const std::vector<int>& Only, bool Force);
     bool ColumnChecked(const TNumColumnPrivate* P, int C) const;
     void MarkChecked(TNumColumnPrivate* P, int C) const;
 
