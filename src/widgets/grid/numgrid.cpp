@@ -96,6 +96,68 @@ void TNumGridPrivate::PutValue(int C, int R, const QString& Text, Extended Value
     CellChanged(C, R);
 }
 
+void TNumGridPrivate::SwitchColumns(const std::vector<int>& Cols, TUnitSystem AValue) {
+    const int First = FFixedRows, Last = Store.RowCount() - 1;
+    // Columns whose OnSetNumValue must see each value under the old unit system keep their
+    // values apart; the others re-express the value each cell holds.
+    std::vector<int> Plain;
+    std::vector<std::pair<int, std::vector<Extended>>> Hooked;
+    for (int C : Cols) {
+        if (C < 0 || C >= Store.ColCount()) continue;
+        if (FColumns->Items(C)->Priv()->FOnSetNumValue)
+            Hooked.emplace_back(C, std::vector<Extended>());
+        else
+            Plain.push_back(C);
+    }
+    // Under the old unit system: a cell without a value has its text read once, as the original
+    // reads every cell (so text that is no number becomes the value of a displayed 0).
+    for (int R = First; R <= Last; ++R)
+        for (int C : Plain)
+            if (!Store.At(C, R).HasValue()) {
+                bool Ok = true;
+                Store.Hold(C, R, FColumns->Items(C)->Priv()->ParseBase(Store.Cell(C, R), Ok));
+            }
+    for (auto& [C, Values] : Hooked) {
+        TNumColumn* Column = FColumns->Items(C);
+        TNumColumnPrivate* P = Column->Priv();
+        Values.reserve(static_cast<size_t>(std::max(0, Last - First + 1)));
+        for (int R = First; R <= Last; ++R) {
+            const TCell& Cell = Store.At(C, R);
+            bool Ok = true;
+            Extended V = Cell.HasValue() ? Cell.Value() : P->ParseBase(Cell.Text(), Ok);
+            P->Clamp(V);
+            P->FOnSetNumValue(Column, R, Cell.Text(), V);
+            Values.push_back(V);
+        }
+    }
+    for (int C : Cols) {
+        TNumColumn* Column = FColumns->Items(C);
+        Column->Priv()->FUnitSystem = AValue;
+        ++Column->Priv()->Stamp;
+        if (Column->Priv()->FOnUnitSystemChange) Column->Priv()->FOnUnitSystemChange(Column);
+    }
+    // Row by row: the cells of a row lie together.
+    for (int R = First; R <= Last; ++R)
+        for (int C : Plain) {
+            TNumColumn* Column = FColumns->Items(C);
+            Extended V = Store.At(C, R).Value();
+            Column->Priv()->Clamp(V);
+            Store.Put(C, R, Column->GetValueString(R, V, true), V);
+        }
+    for (const auto& [C, Values] : Hooked) {
+        TNumColumn* Column = FColumns->Items(C);
+        for (int R = First; R <= Last; ++R) {
+            const Extended V = Values[static_cast<size_t>(R - First)];
+            Store.Put(C, R, Column->GetValueString(R, V, true), V);
+        }
+    }
+    // Every cell was just written from its checked value: the check that follows has nothing
+    // left to do.
+    for (int C : Plain)
+        MarkChecked(FColumns->Items(C)->Priv(), C);
+    CellsChanged();
+}
+
 bool TNumGridPrivate::ColumnChecked(const TNumColumnPrivate* P, int C) const {
     return P->CheckedStamp == P->Stamp && P->CheckedVersion == Store.ColumnVersion(C);
 }
@@ -690,15 +752,21 @@ void TNumGrid::SwitchUnitSystem(TUnitSystem AValue) {
     const bool Outer = D->Updating;
     D->Updating = true;
     TNumColumns* Cols = D->FColumns;
-    std::vector<int> Switched;
+    std::vector<int> Switched, Rewritten;
     for (int C = 0; C < Cols->Count(); ++C) {
         TNumColumn* Column = Cols->Items(C);
+        TNumColumnPrivate* P = Column->Priv();
         // A column already showing AValue is left as it is: neither rewritten nor checked.
-        if (Column->Priv()->HoldsValues() && !(Column->UnitSystemSet() && Column->UnitSystem() == AValue)) {
-            Column->SetUnitSystem(AValue);
-            Switched.push_back(C);
+        if (!P->HoldsValues() || (P->UnitSystemSet && P->FUnitSystem == AValue)) continue;
+        Switched.push_back(C);
+        if (P->UnitSystemSet) {
+            Rewritten.push_back(C);
+        } else {
+            Column->SetUnitSystem(AValue); // the first setting: records the unit system
         }
     }
+    // One pass over the rows for every column to re-express.
+    D->SwitchColumns(Rewritten, AValue);
     D->Updating = Outer;
     if (Outer || Switched.empty()) return;
     D->CatchUpView();
