@@ -57,9 +57,10 @@ void MakeIndex(TLookupColumn& L, double Sign) {
     L.Index.clear();
     if (L.Values.size() < 2) return;
     const double Lo = Sign * L.Values[1], Hi = Sign * L.Values.back();
+    if (!(Hi > Lo) || !std::isfinite(Hi - Lo)) return;
     const size_t Buckets = L.Values.size() - 1;
     const double Scale = static_cast<double>(Buckets) / (Hi - Lo);
-    if (!(Hi > Lo) || !std::isfinite(Hi - Lo) || !std::isfinite(Scale)) return;
+    if (!std::isfinite(Scale)) return;
     L.IndexLo = Lo;
     L.IndexScale = Scale;
     L.Index.assign(Buckets + 2, 0);
