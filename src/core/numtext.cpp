@@ -128,7 +128,8 @@ QString ValueString(Extended Value, TDataType DataType, TNumericType NumericType
         S = ParToStr(ParType, UnitSystem, Format, Scaled, V, Settings);
     else
         S = FloatToStrF(V, ffGeneral, Digits, Decimals);
-    return TrimZeroes ? TrimNumZeroes(S) : S;
+    if (TrimZeroes) return TrimNumZeroes(S);
+    return S;
 }
 
 QString ValueString(Extended Value, TDataType DataType, TNumericType NumericType, quint16 Digits,

@@ -478,42 +478,13 @@ TUnitSystem TNumColumn::UnitSystem() const {
 
 void TNumColumn::SetUnitSystem(TUnitSystem AValue) {
     TNumGrid* G = Grid();
-    const bool Rewrite = G && d->UnitSystemSet && d->HoldsValues();
-    std::vector<Extended> Values;
-    const int C = Index();
-    int First = 0, Last = -1;
-    TNumGridPrivate* GD = G ? G->Priv() : nullptr;
-    if (Rewrite) {
-        // Every data cell's value under the old unit system: the held value where the cell has one
-        // (deliberate deviation 4: a switch re-expresses it, so switching back gives it exactly),
-        // otherwise its text read once, as the original reads it.
-        First = G->FixedRows();
-        Last = G->RowCount() - 1;
-        Values.resize(static_cast<size_t>(std::max(0, Last - First + 1)));
-        for (int R = First; R <= Last; ++R) {
-            const TCell& Cell = GD->Store.At(C, R);
-            bool Ok = true;
-            Extended V = Cell.HasValue() ? Cell.Value() : d->ParseBase(Cell.Text(), Ok);
-            d->Clamp(V);
-            if (d->FOnSetNumValue) d->FOnSetNumValue(this, R, Cell.Text(), V);
-            Values[static_cast<size_t>(R - First)] = V;
-        }
-    }
-    d->FUnitSystem = AValue;
-    ++d->Stamp;
-    if (d->FOnUnitSystemChange) d->FOnUnitSystemChange(this);
-    if (Rewrite) {
-        for (int R = First; R <= Last; ++R) {
-            const Extended V = Values[static_cast<size_t>(R - First)];
-            GD->Store.Put(C, R, GetValueString(R, V, true), V);
-        }
-        // Every cell was just written from its checked value: the check that follows the change
-        // has nothing left to do.
-        if (d->ChecksRepeatable()) {
-            d->CheckedVersion = GD->Store.ColumnVersion(C);
-            d->CheckedStamp = d->Stamp;
-        }
-        GD->CellsChanged();
+    // The first setting records what the cells are in; every later one re-expresses them.
+    if (G && d->UnitSystemSet && d->HoldsValues()) {
+        G->Priv()->SwitchColumns({Index()}, AValue);
+    } else {
+        d->FUnitSystem = AValue;
+        ++d->Stamp;
+        if (d->FOnUnitSystemChange) d->FOnUnitSystemChange(this);
     }
     d->UnitSystemSet = true;
     Changed();

@@ -96,6 +96,68 @@ void TNumGridPrivate::PutValue(int C, int R, const QString& Text, Extended Value
     CellChanged(C, R);
 }
 
+void TNumGridPrivate::SwitchColumns(const std::vector<int>& Cols, TUnitSystem AValue) {
+    const int First = FFixedRows, Last = Store.RowCount() - 1;
+    // Columns whose OnSetNumValue must see each value under the old unit system keep their
+    // values apart; the others re-express the value each cell holds.
+    std::vector<int> Plain;
+    std::vector<std::pair<int, std::vector<Extended>>> Hooked;
+    for (int C : Cols) {
+        if (C < 0 || C >= Store.ColCount()) continue;
+        if (FColumns->Items(C)->Priv()->FOnSetNumValue)
+            Hooked.emplace_back(C, std::vector<Extended>());
+        else
+            Plain.push_back(C);
+    }
+    // Under the old unit system: a cell without a value has its text read once, as the original
+    // reads every cell (so text that is no number becomes the value of a displayed 0).
+    for (int R = First; R <= Last; ++R)
+        for (int C : Plain)
+            if (!Store.At(C, R).HasValue()) {
+                bool Ok = true;
+                Store.Hold(C, R, FColumns->Items(C)->Priv()->ParseBase(Store.Cell(C, R), Ok));
+            }
+    for (auto& [C, Values] : Hooked) {
+        TNumColumn* Column = FColumns->Items(C);
+        TNumColumnPrivate* P = Column->Priv();
+        Values.reserve(static_cast<size_t>(std::max(0, Last - First + 1)));
+        for (int R = First; R <= Last; ++R) {
+            const TCell& Cell = Store.At(C, R);
+            bool Ok = true;
+            Extended V = Cell.HasValue() ? Cell.Value() : P->ParseBase(Cell.Text(), Ok);
+            P->Clamp(V);
+            P->FOnSetNumValue(Column, R, Cell.Text(), V);
+            Values.push_back(V);
+        }
+    }
+    for (int C : Cols) {
+        TNumColumn* Column = FColumns->Items(C);
+        Column->Priv()->FUnitSystem = AValue;
+        ++Column->Priv()->Stamp;
+        if (Column->Priv()->FOnUnitSystemChange) Column->Priv()->FOnUnitSystemChange(Column);
+    }
+    // Row by row: the cells of a row lie together.
+    for (int R = First; R <= Last; ++R)
+        for (int C : Plain) {
+            TNumColumn* Column = FColumns->Items(C);
+            Extended V = Store.At(C, R).Value();
+            Column->Priv()->Clamp(V);
+            Store.Put(C, R, Column->GetValueString(R, V, true), V);
+        }
+    for (const auto& [C, Values] : Hooked) {
+        TNumColumn* Column = FColumns->Items(C);
+        for (int R = First; R <= Last; ++R) {
+            const Extended V = Values[static_cast<size_t>(R - First)];
+            Store.Put(C, R, Column->GetValueString(R, V, true), V);
+        }
+    }
+    // Every cell was just written from its checked value: the check that follows has nothing
+    // left to do.
+    for (int C : Plain)
+        MarkChecked(FColumns->Items(C)->Priv(), C);
+    CellsChanged();
+}
+
 bool TNumGridPrivate::ColumnChecked(const TNumColumnPrivate* P, int C) const {
     return P->CheckedStamp == P->Stamp && P->CheckedVersion == Store.ColumnVersion(C);
 }
@@ -106,11 +168,11 @@ void TNumGridPrivate::MarkChecked(TNumColumnPrivate* P, int C) const {
     P->CheckedStamp = P->Stamp;
 }
 
-bool TNumGridPrivate::CheckColumns(int Only, bool Force) {
+bool TNumGridPrivate::CheckColumns(const std::vector<int>& Only, bool Force) {
     const int Count = std::min(FColumns->Count(), Store.ColCount());
     std::vector<int> Cols;
     for (int C = 0; C < Count; ++C) {
-        if (Only >= 0 && C != Only) continue;
+        if (!Only.empty() && std::find(Only.begin(), Only.end(), C) == Only.end()) continue;
         TNumColumnPrivate* P = FColumns->Items(C)->Priv();
         if (!P->HoldsValues()) continue; // nothing to check
         if (!Force && ColumnChecked(P, C)) continue;
@@ -121,7 +183,7 @@ bool TNumGridPrivate::CheckColumns(int Only, bool Force) {
         Holding += FColumns->Items(C)->Priv()->HoldsValues() ? 1 : 0;
     // Row by row, as CheckAllCells reports the first invalid cell; through CheckRow when every
     // column is checked, so that a derived grid's row rules apply.
-    const bool Whole = Only < 0 && static_cast<int>(Cols.size()) == Holding;
+    const bool Whole = Only.empty() && static_cast<int>(Cols.size()) == Holding;
     for (int R = 1; R < Store.RowCount(); ++R) {
         if (Whole) {
             if (!q->CheckRow(R)) return false;
@@ -615,7 +677,7 @@ void TNumGrid::ResetTitles() {
     if (D->FFixedRows <= 0 || RowCount() == 0 || !D->FColumns) return;
     const int N = std::min(ColCount(), D->FColumns->Count());
     for (int C = 0; C < N; ++C)
-        D->Store.Put(C, 0, D->FColumns->Items(C)->TitleString());
+        D->Store.PutTitle(C, D->FColumns->Items(C)->TitleString());
     D->CellsChanged();
 }
 
@@ -625,11 +687,11 @@ void TNumGrid::GridStringsChanged(QObject* Sender) {
     ResetTitles();
     // A column (or its title) that changed is checked alone; anything else checks every column
     // whose cells or settings changed since its last check.
-    int Only = -1;
+    std::vector<int> Only;
     if (auto* T = qobject_cast<TNumColTitle*>(Sender)) Sender = T->Column();
     if (auto* Column = qobject_cast<TNumColumn*>(Sender); Column && Column->Grid() == this) {
-        Only = Column->Index();
-        if (Only < 0) return;
+        if (Column->Index() < 0) return;
+        Only.push_back(Column->Index());
     }
     D->CheckColumns(Only, false);
     D->CellsChanged();
@@ -682,7 +744,7 @@ bool TNumGrid::CheckRow(int ARow) {
 bool TNumGrid::CheckAllCells() {
     // From row 1 whatever FixedRows is: a second title row is checked as data. Every cell, even of
     // a column known to be checked: the host may have changed the unit tables or format settings.
-    return Priv()->CheckColumns(-1, true);
+    return Priv()->CheckColumns({}, true);
 }
 
 void TNumGrid::SwitchUnitSystem(TUnitSystem AValue) {
@@ -690,14 +752,27 @@ void TNumGrid::SwitchUnitSystem(TUnitSystem AValue) {
     const bool Outer = D->Updating;
     D->Updating = true;
     TNumColumns* Cols = D->FColumns;
+    std::vector<int> Switched, Rewritten;
     for (int C = 0; C < Cols->Count(); ++C) {
         TNumColumn* Column = Cols->Items(C);
-        if (Column->Priv()->HoldsValues()) Column->SetUnitSystem(AValue);
+        TNumColumnPrivate* P = Column->Priv();
+        // A column already showing AValue is left as it is: neither rewritten nor checked.
+        if (!P->HoldsValues() || (P->UnitSystemSet && P->FUnitSystem == AValue)) continue;
+        Switched.push_back(C);
+        if (P->UnitSystemSet) {
+            Rewritten.push_back(C);
+        } else {
+            Column->SetUnitSystem(AValue); // the first setting: records the unit system
+        }
     }
+    // One pass over the rows for every column to re-express.
+    D->SwitchColumns(Rewritten, AValue);
     D->Updating = Outer;
-    if (Outer) return;
+    if (Outer || Switched.empty()) return;
     D->CatchUpView();
-    GridStringsChanged(this);
+    ResetTitles();
+    D->CheckColumns(Switched, false);
+    D->CellsChanged();
 }
 
 bool TNumGrid::CheckGrid() {

@@ -263,12 +263,13 @@ void TNumGrid::PasteFromClipboard() {
                     } else if (Column->StringCol() || Column->OnExprCheckVariable()) {
                         SetCells(c, r, Field);
                     } else if (const QString Trimmed = Field.trimmed(); !Trimmed.isEmpty()) {
-                        auto V = static_cast<double>(QX_StrToFloat(Trimmed));
-                        const double F = Column->NumericType() == ntParType
-                                             ? ParScaleOf(Column->ParType(), Column->UnitSystem())
-                                             : 1.0;
-                        V = (V * F - static_cast<double>(Column->ScaleOffset())) *
-                            static_cast<double>(Column->CustomScale());
+                        // The pasted text's own value, held beside its text (deliberate deviation 4).
+                        Extended V = QX_StrToFloat(Trimmed);
+                        const auto F =
+                            Column->NumericType() == ntParType
+                                ? static_cast<Extended>(ParScaleOf(Column->ParType(), Column->UnitSystem()))
+                                : 1.0L;
+                        V = (V * F - Column->ScaleOffset()) * Column->CustomScale();
                         SetDValues(c, r, V);
                     }
                 }

@@ -56,6 +56,15 @@ public:
         if (FText.capacity() > FText.size() + 3) FText.squeeze();
         FHasValue = false;
     }
+    void SetText(QString&& Text) {
+        FText = std::move(Text);
+        if (FText.capacity() > FText.size() + 3) FText.squeeze();
+        FHasValue = false;
+    }
+    void SetText(QString&& Text, Extended Value) {
+        SetText(std::move(Text));
+        SetValue(Value);
+    }
     // A text formatted from Value, or Value parsed from the unchanged text.
     void SetText(const QString& Text, Extended Value) {
         SetText(Text);
@@ -84,6 +93,9 @@ private:
     bool FHasValue = false;
 };
 
+static_assert(sizeof(void*) != 8 || std::numeric_limits<Extended>::digits != 64 || sizeof(TCell) == 40,
+              "a cell is a text and 11 bytes");
+
 using TCellRow = std::vector<TCell>;
 
 // The cells, row-major as a vector of rows, so that moving, inserting and deleting rows moves row
@@ -109,6 +121,14 @@ public:
     void Put(int C, int R, const QString& Text, Extended Value) {
         Mut(C, R).SetText(Text, Value);
         Touch(C);
+    }
+    void Put(int C, int R, QString&& Text, Extended Value) {
+        Mut(C, R).SetText(std::move(Text), Value);
+        Touch(C);
+    }
+    // A title in row 0: no data cell changes, so the column's version stays.
+    void PutTitle(int C, const QString& Text) {
+        if (Cell(C, 0) != Text || Cell(C, 0).isNull()) Mut(C, 0).SetText(Text);
     }
     // The value parsed from a cell's unchanged text: the column's contents do not change.
     void Hold(int C, int R, Extended Value) { Mut(C, R).SetValue(Value); }
@@ -265,10 +285,14 @@ public:
     // Writes a text formatted from Value, keeping Value beside it; reports the change when the text
     // differs.
     void PutValue(int C, int R, const QString& Text, Extended Value);
-    // Checks the data cells of column Only (every column when -1), row by row, skipping columns
-    // whose cells and settings have not changed since their last check unless Force; false at the
-    // first invalid cell (reported).
-    bool CheckColumns(int Only, bool Force);
+    // Checks the data cells of the columns Only (every column when empty), row by row, skipping
+    // columns whose cells and settings have not changed since their last check unless Force; false
+    // at the first invalid cell (reported).
+    bool CheckColumns(const std::vector<int>& Only, bool Force);
+    // Switches the unit system of the value-holding columns Cols, whose unit system is already
+    // set, re-expressing each cell's held value (or its text read under the old unit system when
+    // it holds none) in the new one.
+    void SwitchColumns(const std::vector<int>& Cols, TUnitSystem AValue);
     bool ColumnChecked(const TNumColumnPrivate* P, int C) const;
     void MarkChecked(TNumColumnPrivate* P, int C) const;
 
