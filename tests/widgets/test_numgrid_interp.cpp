@@ -498,6 +498,11 @@ TEST_F(InterpTest, LookUpSeesEveryChangeOfItsColumn) {
              Grid->SetDValues(1, 3, 2.5);
              In[2] = 2.5;
          }},
+        {"a value that keeps its text", 2.5,
+         [&](Values& In) {
+             Grid->SetDValues(1, 3, 3.00000000000001);
+             In[2] = 3.00000000000001;
+         }},
         {"a text set, leaving the column unordered", 1.5,
          [&](Values& In) {
              Grid->SetCells(1, 2, QStringLiteral("0.5"));

@@ -130,6 +130,12 @@ public:
     void PutTitle(int C, const QString& Text) {
         if (Cell(C, 0) != Text || Cell(C, 0).isNull()) Mut(C, 0).SetText(Text);
     }
+    // A new value behind the same text (SetDValues of a value that rounds to the shown text): the
+    // column's contents change.
+    void Revalue(int C, int R, Extended Value) {
+        Mut(C, R).SetValue(Value);
+        Touch(C);
+    }
     // The value parsed from a cell's unchanged text: the column's contents do not change.
     void Hold(int C, int R, Extended Value) { Mut(C, R).SetValue(Value); }
     void Clear(int C, int R) {
