@@ -283,7 +283,8 @@ public:
     // the unit text without its brackets; none for "[-]"), any other text stands alone.
     QString QuotedCellText(int C, const QString& Text) const;
     // A cell's value in base units, as GetDValues reads it but without its message and reformat:
-    // text that is no number raises (the table look-up and the time row report for themselves).
+    // text that is no number reads as a displayed 0, as GetDValues reads it; an expression the
+    // parser cannot evaluate raises (the table look-up and the time row report for themselves).
     double QuietValue(int C, int R) const;
     // A numeric cell's base value before its column's limits and hook: the value it holds, or its
     // text read once and held from then on when it is a number (Ok false, 0, for text that is not).
