@@ -11,6 +11,8 @@
 #include <QWidget>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <climits>
 #include <cmath>
@@ -18,6 +20,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <random>
 #include <thread>
 
 using namespace qxnum;
@@ -257,6 +260,310 @@ TEST_F(InterpTest, ColumnOrderOfTheDataRows) {
     Table({1, 2, 4}, {1, 2, 4});
     Grid->Columns()->Items(1)->SetStringCol(true);
     EXPECT_EQ(Grid->ColumnOrder(1), coNeitherAnorD);
+}
+
+// ---- the look-up against a plain scan --------------------------------------------------------------
+
+// The bracketing written out step by step over the data values alone (index 0 the first data row):
+// the order settled first, then a scan from the second value on, the factor from the two values
+// around the row found, limited to [0, 1] unless extrapolating. Row is a data index; Ok false for
+// every failure (all of them show the same message).
+struct RefBracket {
+    bool Ok = false;
+    int Row = 0;
+    double Factor = 0.0;
+};
+
+constexpr double RefTolerance = 1e-14;
+
+TColumnOrder RefOrder(const std::vector<double>& V) {
+    if (V.size() < 2 || std::abs(V[0] - V[1]) <= RefTolerance) return coNeitherAnorD;
+    const bool Rising = V[0] < V[1];
+    for (size_t I = 1; I + 1 < V.size(); ++I)
+        if ((V[I] < V[I + 1]) != Rising || std::abs(V[I] - V[I + 1]) < RefTolerance) return coNeitherAnorD;
+    return Rising ? coAscending : coDescending;
+}
+
+RefBracket RefLookup(const std::vector<double>& V, TColumnOrder Order, double x, bool Extrapolate) {
+    RefBracket B;
+    if (Order == coAutoDetermine) Order = RefOrder(V);
+    if (Order == coNeitherAnorD) return B;
+    B.Ok = true;
+    if (V.size() < 2) return B;
+    size_t r = 1;
+    for (; r < V.size() - 1; ++r) {
+        const bool Hit = Order == coAscending ? x < V[r] - RefTolerance * x : V[r] + RefTolerance * x < x;
+        if (Hit) break;
+    }
+    const double Denominator = V[r] - V[r - 1];
+    double f = (x - V[r - 1]) / Denominator;
+    // A zero denominator, and a quotient too large for a double, are errors.
+    if (Denominator == 0.0 || std::isinf(f)) {
+        B.Ok = false;
+        return B;
+    }
+    if (!Extrapolate) {
+        if (f < 0.0 || std::isnan(f))
+            f = 0.0;
+        else if (f > 1.0)
+            f = 1.0;
+    }
+    B.Row = static_cast<int>(r);
+    B.Factor = f;
+    return B;
+}
+
+// Tables of every shape the search meets: rising, falling, with ties, with neighbours closer than the
+// tolerance, unordered; and inputs inside, outside, on and next to their values.
+struct RandomTables {
+    std::mt19937_64 Rng{20261125};
+
+    double Uniform(double Lo, double Hi) { return std::uniform_real_distribution<double>(Lo, Hi)(Rng); }
+    int Pick(int Lo, int Hi) { return std::uniform_int_distribution<int>(Lo, Hi)(Rng); }
+
+    static double Ulps(double v, int Count) {
+        for (; Count != 0; Count += Count > 0 ? -1 : 1)
+            v = std::nextafter(v, Count > 0 ? 1e300 : -1e300);
+        return v;
+    }
+
+    // Kind 0 rising, 1 falling, 2 rising with ties and near ties, 3 falling with them, 4 unordered,
+    // 5 all but the first value equal, 6 rising and 7 falling a few ulps apart around powers of
+    // two (where the band's edge rounds differently on either side of a value).
+    std::vector<double> Table(int Kind, int N) {
+        std::vector<double> V(static_cast<size_t>(N));
+        if (Kind >= 6) {
+            double v = Ulps(std::ldexp(1.0, Pick(-20, 20)), -Pick(0, 100));
+            for (double& Item : V) {
+                Item = v;
+                v = Pick(0, 5) == 0 ? std::max(v, Ulps(std::ldexp(1.0, std::ilogb(v) + 1), -Pick(0, 60)))
+                                    : Ulps(v, Pick(0, 60));
+            }
+            if (Pick(0, 1) == 1) {
+                for (double& Item : V)
+                    Item = -Item;
+                std::reverse(V.begin(), V.end());
+            }
+            if (Kind == 7) std::reverse(V.begin(), V.end());
+            return V;
+        }
+        double v = Uniform(-50.0, 50.0);
+        for (double& Item : V) {
+            Item = v;
+            double Step = Uniform(0.01, 10.0);
+            if (Kind == 2 || Kind == 3) {
+                switch (Pick(0, 3)) {
+                case 0:
+                    Step = 0.0;
+                    break; // a tie
+                case 1:
+                    Step = std::abs(v) * RefTolerance * Uniform(0.01, 0.99);
+                    break; // inside the band
+                case 2:
+                    Step = std::abs(v) * RefTolerance * Uniform(0.99, 3.0);
+                    break; // just outside it
+                default:
+                    break;
+                }
+            }
+            v += Kind == 1 || Kind == 3 ? -Step : Step;
+            if (Kind == 4) v = Uniform(-50.0, 50.0);
+            if (Kind == 5) v = V[0] + 1.0;
+        }
+        return V;
+    }
+
+    double Input(const std::vector<double>& V) {
+        const double Lo = *std::min_element(V.begin(), V.end()), Hi = *std::max_element(V.begin(), V.end());
+        const double At = V[static_cast<size_t>(Pick(0, static_cast<int>(V.size()) - 1))];
+        switch (Pick(0, 10)) {
+        case 7:
+        case 8:
+        case 9:
+        case 10: {
+            // Where the tolerance band ends at a value, for either direction, give or take an ulp.
+            return Ulps(At / (Pick(0, 1) ? 1.0 + RefTolerance : 1.0 - RefTolerance), Pick(-3, 3));
+        }
+        case 0:
+            return At;
+        case 1:
+            return Ulps(At, Pick(0, 1) ? 1 : -1);
+        case 2:
+            return At + std::abs(At) * RefTolerance * Uniform(-2.0, 2.0);
+        case 3:
+            return Lo - Uniform(0.0, 20.0);
+        case 4:
+            return Hi + Uniform(0.0, 20.0);
+        case 5:
+            return 0.0;
+        default:
+            return Uniform(Lo, Hi);
+        }
+    }
+};
+
+TEST_F(InterpTest, LookUpFindsTheRowsOfAPlainScan) {
+    RandomTables Random;
+    const QString PairsError = QStringLiteral("Exception error interpolating column nr.1\r\nin CurveForm");
+    const QString QuadError = QStringLiteral("Exception error quadr. interp. column nr.2\r\nin CurveForm");
+    int Found = 0, Failed = 0;
+    for (int T = 0; T < 800; ++T) {
+        const int Kind = T % 8;
+        const int N = T % 23 == 0 ? 2 : Random.Pick(2, 50);
+        const int Fixed = Random.Pick(0, 2);
+        const std::vector<double> In = Random.Table(Kind, N), Out = Random.Table(4, N);
+        // A fresh table each time, in new cells.
+        Grid->SetRowCount(1);
+        Grid->SetRowCount(Fixed + N);
+        Grid->SetFixedRows(Fixed);
+        for (int I = 0; I < N; ++I) {
+            Grid->SetDValues(1, Fixed + I, In[static_cast<size_t>(I)]);
+            Grid->SetDValues(2, Fixed + I, Out[static_cast<size_t>(I)]);
+        }
+        const bool Extrapolate = Random.Pick(0, 1) == 1;
+        Grid->SetExtrapolate(Extrapolate);
+        EXPECT_EQ(Grid->ColumnOrder(1), RefOrder(In)) << "table " << T;
+        for (int K = 0; K < 30; ++K) {
+            const double X = Random.Input(In);
+            const TColumnOrder Order =
+                std::array{coAscending, coDescending, coAutoDetermine}[static_cast<size_t>(K % 3)];
+            SCOPED_TRACE(testing::Message() << "table " << T << " kind " << Kind << " rows " << N << " fixed "
+                                            << Fixed << " order " << Order << " extrapolate " << Extrapolate
+                                            << " x " << std::hexfloat << X);
+            const RefBracket Want = RefLookup(In, Order, X, Extrapolate);
+            int Row2 = -7;
+            double Factor = -7.0;
+            Dialogs.Clear();
+            const bool Ok = Order == coAutoDetermine
+                                ? Grid->GetInterpPars(1, Order, X, Row2, Factor)
+                                : Grid->GetInterpPars(1, Order == coAscending, X, Row2, Factor);
+            ASSERT_EQ(Ok, Want.Ok);
+            if (!Ok) {
+                ++Failed;
+                ASSERT_EQ(Dialogs.Count(), 1);
+                EXPECT_EQ(Dialogs.Messages()[0], PairsError);
+            } else {
+                ++Found;
+                EXPECT_EQ(Dialogs.Count(), 0);
+                EXPECT_EQ(Row2, Fixed + Want.Row);
+                EXPECT_EQ(Factor, Want.Factor);
+                double Value = 0.0;
+                ASSERT_TRUE(Grid->GetInterpVal(2, Row2, Factor, Value));
+                const double Low = Out[static_cast<size_t>(Want.Row - 1)];
+                EXPECT_EQ(Value, Low + (Out[static_cast<size_t>(Want.Row)] - Low) * Want.Factor);
+            }
+
+            // The quadratic form brackets the same way, then fits the three rows around the bracket.
+            Dialogs.Clear();
+            double Quad = 0.0;
+            const bool QuadOk = Grid->GetQuadInterpVal(1, 2, Order, X, Quad);
+            bool WantQuad = Want.Ok;
+            double Expected = 0.0;
+            if (Want.Ok) {
+                const int m = std::min(Want.Row, N - 2);
+                const auto r1 = static_cast<size_t>(std::max(m - 1, 0)), r2 = static_cast<size_t>(m),
+                           r3 = static_cast<size_t>(m + 1);
+                double A = 0.0, B = 0.0, C = 0.0;
+                try {
+                    parabola(In[r1], Out[r1], In[r2], Out[r2], In[r3], Out[r3], A, B, C);
+                    Expected = (A * X + B) * X + C;
+                } catch (const EMathError&) {
+                    WantQuad = false;
+                }
+            }
+            ASSERT_EQ(QuadOk, WantQuad);
+            ASSERT_EQ(Dialogs.Count(), QuadOk ? 0 : 1);
+            if (QuadOk)
+                EXPECT_EQ(Quad, Expected);
+            else
+                EXPECT_EQ(Dialogs.Messages()[0], Want.Ok ? QuadError : PairsError);
+        }
+    }
+    // Both outcomes were met often enough to mean something.
+    EXPECT_GT(Found, 4000);
+    EXPECT_GT(Failed, 1000);
+}
+
+TEST_F(InterpTest, LookUpSeesEveryChangeOfItsColumn) {
+    using Values = std::vector<double>;
+    struct Case {
+        const char* Name;
+        double X;
+        std::function<void(Values&)> Change; // changes the grid, and the expected values with it
+    };
+    TNumColumn* Input = Grid->Columns()->Items(1);
+    const std::vector<Case> Cases = {
+        {"a value set", 2.2,
+         [&](Values& In) {
+             Grid->SetDValues(1, 3, 2.5);
+             In[2] = 2.5;
+         }},
+        {"a value that keeps its text", 2.5,
+         [&](Values& In) {
+             Grid->SetDValues(1, 3, 3.00000000000001);
+             In[2] = 3.00000000000001;
+         }},
+        {"a text set, leaving the column unordered", 1.5,
+         [&](Values& In) {
+             Grid->SetCells(1, 2, QStringLiteral("0.5"));
+             In[1] = 0.5;
+         }},
+        {"a row inserted", 2.5,
+         [&](Values& In) {
+             Grid->InsertRow(3);
+             In.insert(In.begin() + 2, static_cast<double>(Grid->GetDValues(1, 3)));
+         }},
+        {"a row deleted", 2.5,
+         [&](Values& In) {
+             Grid->DeleteRow(3);
+             In.erase(In.begin() + 2);
+         }},
+        {"a row moved", 4.5,
+         [&](Values& In) {
+             Grid->MoveRow(5, 1);
+             std::rotate(In.begin(), In.begin() + 4, In.end());
+         }},
+        {"limits set on the column", 1.2,
+         [&](Values& In) {
+             Input->SetRange(1.5, 4.5);
+             for (double& V : In)
+                 V = std::clamp(V, 1.5, 4.5);
+         }},
+        {"a hook that doubles every value read", 3.0,
+         [&](Values& In) {
+             Input->SetOnSetNumValue([](QObject*, int, const QString&, Extended& V) { V *= 2; });
+             for (double& V : In)
+                 V *= 2;
+         }},
+        {"another title row", 1.5,
+         [&](Values& In) {
+             Grid->SetFixedRows(2);
+             In.erase(In.begin());
+         }},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        Grid->SetFixedRows(1);
+        Input->SetRange(0, 0);
+        Input->SetOnSetNumValue(nullptr);
+        Values In = {1, 2, 3, 4, 5};
+        Table(In, {10, 20, 30, 40, 50});
+        const RefBracket Before = RefLookup(In, coAscending, C.X, false);
+        int Row2 = 0;
+        double F = 0.0;
+        ASSERT_TRUE(Grid->GetInterpPars(1, true, C.X, Row2, F));
+        ASSERT_EQ(Row2, 1 + Before.Row);
+        ASSERT_EQ(F, Before.Factor);
+
+        C.Change(In);
+        const RefBracket After = RefLookup(In, coAscending, C.X, false);
+        ASSERT_TRUE(After.Row != Before.Row || After.Factor != Before.Factor) << "the case changes nothing";
+        ASSERT_TRUE(Grid->GetInterpPars(1, true, C.X, Row2, F));
+        EXPECT_EQ(Row2, Grid->FixedRows() + After.Row);
+        EXPECT_EQ(F, After.Factor);
+        EXPECT_EQ(Grid->ColumnOrder(1), RefOrder(In));
+    }
+    EXPECT_EQ(Dialogs.Count(), 0);
 }
 
 // Ends the test program when the guarded code runs far beyond any reasonable time: a loop over

@@ -90,7 +90,7 @@ void TNumGridPrivate::PutValue(int C, int R, const QString& Text, Extended Value
     const bool SameText = Cell.Text() == Text && !Cell.Text().isNull();
     if (SameText && Cell.HasValue() && Cell.Value() == Value) return;
     if (SameText) {
-        Store.Hold(C, R, Value);
+        Store.Revalue(C, R, Value);
         return;
     }
     Store.Put(C, R, Text, Value);

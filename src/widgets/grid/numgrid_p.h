@@ -130,6 +130,12 @@ public:
     void PutTitle(int C, const QString& Text) {
         if (Cell(C, 0) != Text || Cell(C, 0).isNull()) Mut(C, 0).SetText(Text);
     }
+    // A new value behind the same text (SetDValues of a value that rounds to the shown text): the
+    // column's contents change.
+    void Revalue(int C, int R, Extended Value) {
+        Mut(C, R).SetValue(Value);
+        Touch(C);
+    }
     // The value parsed from a cell's unchanged text: the column's contents do not change.
     void Hold(int C, int R, Extended Value) { Mut(C, R).SetValue(Value); }
     void Clear(int C, int R) {
@@ -277,7 +283,8 @@ public:
     // the unit text without its brackets; none for "[-]"), any other text stands alone.
     QString QuotedCellText(int C, const QString& Text) const;
     // A cell's value in base units, as GetDValues reads it but without its message and reformat:
-    // text that is no number raises (the table look-up and the time row report for themselves).
+    // text that is no number reads as a displayed 0, as GetDValues reads it; an expression the
+    // parser cannot evaluate raises (the table look-up and the time row report for themselves).
     double QuietValue(int C, int R) const;
     // A numeric cell's base value before its column's limits and hook: the value it holds, or its
     // text read once and held from then on when it is a number (Ok false, 0, for text that is not).
@@ -295,6 +302,41 @@ public:
     void SwitchColumns(const std::vector<int>& Cols, TUnitSystem AValue);
     bool ColumnChecked(const TNumColumnPrivate* P, int C) const;
     void MarkChecked(TNumColumnPrivate* P, int C) const;
+
+    // The table look-up's copy of a column's data values (numgrid_interp.cpp), kept while the
+    // column's cells, its settings and the row counts are those it was made from.
+    struct TLookupColumn {
+        // The state of the column it describes: its object (null once gone), cells, settings and
+        // the row counts.
+        QPointer<TNumColumn> Column;
+        quint64 Version = 0, Stamp = 0;
+        int Rows = -1, Fixed = -1;
+        // Whether the values below are made for that state; until then single reads are counted,
+        // so that a column read a few cells at a time between changes is not copied each time.
+        bool Made = false;
+        int Reads = 0;
+        std::vector<double> Values; // rows Fixed .. Rows - 1
+        bool Numbers = false;       // every data cell holds a number (an empty one does not)
+        // The data rows after the first never fall / never rise, none NaN: the bracketing test is
+        // then false up to one row and true from there on, so that row can be found by halving.
+        bool Rising = false, Falling = false;
+        TColumnOrder Order = coNeitherAnorD; // ColumnOrder of these values
+        // Where to look for a value in such rows: the range [Lo, Hi] of the rows after the first
+        // (negated when falling) cut into equal buckets; Index[b] counts the rows in the buckets
+        // before b, so a key in bucket b lies between rows Index[b] and Index[b + 1].
+        std::vector<quint32> Index;
+        double IndexLo = 0.0, IndexScale = 0.0;
+    };
+    // One slot per column looked up (a slot stays where it is while others are added).
+    std::vector<std::unique_ptr<TLookupColumn>> Lookup;
+    // Column C's copy, made anew when stale. A caller that reads only a cell or two passes Make
+    // false: it gets null until enough such reads have been counted to pay for the copy. Null too
+    // when the column's values may not be kept: no such column, a text or expression column, or
+    // one whose hooks may read a cell differently each time.
+    const TLookupColumn* LookupColumn(TNumColumn* Column, int C, bool Make);
+    const TLookupColumn* LookupColumn(int C, bool Make = true) {
+        return LookupColumn(FColumns->Items(C), C, Make);
+    }
 
     static TNumGridPrivate* Of(TNumGrid* G) { return G->Priv(); }
 
