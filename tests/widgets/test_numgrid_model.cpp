@@ -2,6 +2,7 @@
 // grid change, under Qt's own model checker; edits through the model follow the column's rules.
 #include <qxnum/widgets/numgrid.h>
 #include <qxnum/widgets/numgridmodel.h>
+#include <qxnum/widgets/timeseriesgrid.h>
 #include <qxnum/xml.h>
 
 #include "dialogrecorder.h"
@@ -348,6 +349,36 @@ TEST_F(ModelTest, RolesReadTheCellQuietly) {
               Qt::ItemIsUserCheckable);
     EXPECT_FALSE(Model->flags(At(0, 0)) & Qt::ItemIsEditable);
     EXPECT_EQ(Model->roleNames().value(TNumGridModel::BaseValueRole), QByteArray("baseValue"));
+    EXPECT_EQ(Dialogs.Count(), 0);
+}
+
+} // namespace
+
+namespace {
+
+// The time-series grid inserts and times its rows in its own overrides: the model follows them.
+TEST(ModelOfTimeSeries, FollowsItsTimedRows) {
+    DialogRecorder Dialogs;
+    TTimeSeriesGrid Grid;
+    Grid.SetAllowDataDialog(false);
+    for (int R = 0; R < 3; ++R)
+        Grid.InsertRow(Grid.RowCount());
+    PreviousHandler = qInstallMessageHandler(CatchModelReports);
+    ModelReports.clear();
+    {
+        QAbstractItemModelTester Checker(Grid.Model(),
+                                         QAbstractItemModelTester::FailureReportingMode::Warning);
+        const QPersistentModelIndex Last = Grid.Model()->index(Grid.Model()->rowCount() - 1, 0);
+        const QString LastTime = Last.data().toString();
+        const std::function<void()> Changes[] = {[&] { Grid.InsertRow(2); }, [&] { Grid.DeleteARow(1); }};
+        for (const auto& Change : Changes) {
+            Change();
+            EXPECT_EQ(Grid.Model()->rowCount(), Grid.RowCount() - Grid.FixedRows());
+            EXPECT_EQ(Last.data().toString(), LastTime) << "the last row moved along";
+        }
+    }
+    qInstallMessageHandler(PreviousHandler);
+    EXPECT_EQ(ModelReports, QStringList());
     EXPECT_EQ(Dialogs.Count(), 0);
 }
 
