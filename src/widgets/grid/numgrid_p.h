@@ -340,8 +340,8 @@ public:
 
     static TNumGridPrivate* Of(TNumGrid* G) { return G->Priv(); }
 
-    // The item model (numgridmodel.cpp), made on first use: without it the notifications below
-    // cost it one test each.
+    // The Qt item model face (numgridmodel.cpp), made on first use: without it the notifications
+    // below cost one test each.
     TNumGridModel* Model = nullptr;
 
     // Told by the model, done by the view (numgrid_view.cpp):
