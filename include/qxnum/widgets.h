@@ -13,6 +13,7 @@
 #include <qxnum/widgets/numedit.h>
 #include <qxnum/widgets/numfld.h>
 #include <qxnum/widgets/numgrid.h>
+#include <qxnum/widgets/numgridmodel.h>
 #include <qxnum/widgets/numgridnav.h>
 #include <qxnum/widgets/numinp.h>
 #include <qxnum/widgets/numinpdlg.h>

@@ -10,6 +10,7 @@
 #include <qxnum/widgets/numedit.h>
 #include <qxnum/widgets/numfld.h>
 #include <qxnum/widgets/numgrid.h>
+#include <qxnum/widgets/numgridmodel.h>
 #include <qxnum/widgets/numgridnav.h>
 #include <qxnum/widgets/numinp.h>
 #include <qxnum/widgets/numinpdlg.h>
@@ -132,6 +133,7 @@ TEST(Abi, EveryPublicClassHasItsPinnedSize) {
         {"TNumColTitle", sizeof(TNumColTitle), Derived<TPointer, QObject>()},
         {"TNumColumn", sizeof(TNumColumn), Derived<TPointer, QObject>()},
         {"TNumColumns", sizeof(TNumColumns), Derived<TPointer, QObject>()},
+        {"TNumGridModel", sizeof(TNumGridModel), Derived<TPointer, QAbstractTableModel>()},
         {"TTimeSeriesGrid", sizeof(TTimeSeriesGrid), Derived<TTimeSeriesLayout, TNumGrid>()},
         {"TNumgButton", sizeof(TNumgButton), Derived<TPointer, QToolButton>()},
         {"TNumGridNavigator", sizeof(TNumGridNavigator), Derived<TPointer, QWidget>()},

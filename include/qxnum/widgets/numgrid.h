@@ -89,6 +89,10 @@
 ///   with AlwaysPasteFromLeftCol): TAB between cells, CR LF after each row, line breaks inside a
 ///   cell as blanks; and the same table as HTML. So a copy pasted back with Yes gives the same data.
 ///
+/// Model
+///   Model() shows the grid to Qt's views, proxies and mappers (numgridmodel.h); every change made
+///   through the grid reaches its signals. The grid's own view does not use it.
+///
 /// Undo
 ///   A cell edit, a paste, a row inserted, copied or deleted and a cleared table (through the keys or
 ///   the navigator) are each one step on UndoStack(). Cells set by program are not recorded, but a
@@ -119,6 +123,7 @@ namespace qxnum {
 using TColSet = std::bitset<256>;
 
 class TNumGridPrivate;
+class TNumGridModel;
 
 using TCellChangeEvent = std::function<void(QObject* Sender, int ACol, int ARow, int OldCol, int OldRow)>;
 using TCellTxtChangeEvent = std::function<void(QObject* Sender, int ACol, int ARow, const QString& OldTxt)>;
@@ -200,6 +205,8 @@ public:
     static qint64 MaxCellCount();
 
     TNumColumns* Columns() const;
+    /// The grid as a Qt item model (numgridmodel.h), owned by the grid and made on first use.
+    TNumGridModel* Model() const;
 
     /// --- The string grid ---
     int ColCount() const;

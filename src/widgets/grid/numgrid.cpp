@@ -2,6 +2,7 @@
 // field contract's copy value. Files are in numgrid_io.cpp, the view in numgrid_view.cpp.
 #include "numcolumn_p.h"
 #include "numgrid_p.h"
+#include "numgridmodel_p.h"
 
 #include <qxnum/dialogs.h>
 #include <qxnum/numconv.h>
@@ -222,7 +223,9 @@ TNumGrid::TNumGrid(QWidget* Owner) : QAbstractScrollArea(Owner), TFieldBase(this
 }
 
 TNumGrid::~TNumGrid() {
-    // Columns are QObject children; drop them first so that nothing reaches a half-destroyed grid.
+    // Columns and the model are QObject children; drop them first so that nothing reaches a
+    // half-destroyed grid.
+    delete Priv()->Model;
     delete Priv()->FColumns;
     Priv()->FColumns = nullptr;
 }
@@ -397,6 +400,9 @@ void TNumGrid::SetObjects(int ACol, int ARow, QObject* Value) {
 }
 
 void TNumGrid::MoveRow(int FromIndex, int ToIndex) {
+    const TModelRowsChange Moved(
+        Priv(), TModelRowsChange::Move, FromIndex,
+        FromIndex >= 0 && FromIndex < RowCount() && ToIndex >= 0 && ToIndex < RowCount() ? 1 : 0, ToIndex);
     Priv()->ShapeChanged();
     Priv()->Store.MoveRow(FromIndex, ToIndex);
     Priv()->CellsChanged();
@@ -411,9 +417,11 @@ void TNumGrid::MoveColumn(int FromIndex, int ToIndex) {
 void TNumGrid::DeleteRow(int ARow) {
     TNumGridPrivate* D = Priv();
     if (ARow < 0 || ARow >= RowCount()) return;
+    TModelRowsChange Removed(D, TModelRowsChange::Remove, ARow, 1);
     D->ShapeChanged();
     const int OldRows = RowCount();
     D->Store.DeleteRow(ARow);
+    Removed.Done();
     D->FRow = std::clamp(D->FRow, std::min(D->FFixedRows, std::max(RowCount() - 1, 0)),
                          std::max(RowCount() - 1, 0));
     SizeChanged(ColCount(), OldRows);
@@ -555,6 +563,7 @@ QString TNumGrid::DefaultCellText(int ACol, int ARow, bool ExpressionAsString) {
 
 void TNumGrid::InitCells() {
     TNumGridPrivate* D = Priv();
+    const TModelHold Hold(D);
     D->ShapeChanged();
     D->InitializingCells = true;
     ResetTitles();
@@ -618,13 +627,19 @@ void TNumGrid::InsertRow(int ARow) {
     TNumGridPrivate* D = Priv();
     if (D->FRowCountFixed) return;
     ARow = std::clamp(ARow, 0, RowCount());
-    SetRowCount(RowCount() + 1);
-    // The new empty last row moves up to ARow; the rows from ARow on shift down by one.
-    D->Store.MoveRow(RowCount() - 1, ARow);
-    SetRow(ARow);
-    if (!D->Updating) InitRow(ARow);
-    if (D->FInsertCopyRow && ARow > D->FFixedRows) InsCopyRow(ARow);
-    D->CellsChanged();
+    {
+        // A grid beyond its limits raises in SetRowCount: then no row is announced.
+        TModelRowsChange Inserted(D, TModelRowsChange::Insert, ARow,
+                                  GridSizeAllowed(ColCount(), qint64(RowCount()) + 1) ? 1 : 0);
+        SetRowCount(RowCount() + 1);
+        // The new empty last row moves up to ARow; the rows from ARow on shift down by one.
+        D->Store.MoveRow(RowCount() - 1, ARow);
+        Inserted.Done();
+        SetRow(ARow);
+        if (!D->Updating) InitRow(ARow);
+        if (D->FInsertCopyRow && ARow > D->FFixedRows) InsCopyRow(ARow);
+        D->CellsChanged();
+    }
     if (D->FOnNewRow) D->FOnNewRow(this, ARow);
 }
 
@@ -684,6 +699,8 @@ void TNumGrid::ResetTitles() {
 void TNumGrid::GridStringsChanged(QObject* Sender) {
     TNumGridPrivate* D = Priv();
     if (D->Updating) return;
+    // The checks may reformat any number of cells: the model tells them once.
+    const TModelHold Hold(D);
     ResetTitles();
     // A column (or its title) that changed is checked alone; anything else checks every column
     // whose cells or settings changed since its last check.
@@ -702,6 +719,7 @@ void TNumGrid::BeginUpdate() {
 }
 
 void TNumGrid::EndUpdate() {
+    const TModelHold Hold(Priv());
     Priv()->Updating = false;
     Priv()->CatchUpView();
     GridStringsChanged(this);

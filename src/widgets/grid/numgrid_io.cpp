@@ -6,6 +6,7 @@
 // from a file is bounded before anything is allocated for it.
 #include "numcolumn_p.h"
 #include "numgrid_p.h"
+#include "numgridmodel_p.h"
 
 #include <qxnum/xml.h>
 
@@ -77,6 +78,7 @@ void TNumGridPrivate::ApplyRead(const std::function<void()>& Apply) {
         const TNumColumnPrivate* P = Column->Priv();
         Columns.push_back({P->FParType, P->FUnitSystem, P->FStringCol, Column->Title()->Caption()});
     }
+    const TModelHold ModelHold(this); // the model tells the whole read once, when it is done
     // The history stays while the step runs (no shape change clears it) and goes when it is done.
     ++UndoDepth;
     KeepReadTexts = true;

@@ -340,6 +340,10 @@ public:
 
     static TNumGridPrivate* Of(TNumGrid* G) { return G->Priv(); }
 
+    // The Qt item model face (numgridmodel.cpp), made on first use: without it the notifications
+    // below cost one test each.
+    TNumGridModel* Model = nullptr;
+
     // Told by the model, done by the view (numgrid_view.cpp):
     // counts, fixed counts, widths, heights, title font or line count changed.
     void LayoutChanged();

@@ -1,11 +1,13 @@
 // The grid's undo history: each step keeps the rows that an edit, a paste or a row operation
 // changed, before and after, so that undo and redo splice them back whatever the table's size.
 #include "numgrid_view_p.h"
+#include "numgridmodel_p.h"
 
 #include <QCoreApplication>
 #include <QUndoStack>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace qxnum {
 
@@ -65,9 +67,15 @@ private:
 void TNumGridPrivate::ApplyUndo(int First, int Remove, const std::vector<TCellRow>& Insert, QPoint Cell) {
     const int OldRows = q->RowCount();
     if (First + Remove > OldRows) return; // cannot happen: shape changes clear the history
+    // Rows only inserted or only removed (a row step) are told where they are; a step that also
+    // rewrites rows (a paste) is caught up afterwards.
+    const int Added = static_cast<int>(Insert.size()) - Remove;
+    TModelRowsChange Change(this, Added > 0 ? TModelRowsChange::Insert : TModelRowsChange::Remove, First,
+                            Remove == 0 || Insert.empty() ? std::abs(Added) : 0);
     ApplyingUndo = true;
     if (View->EditorOpen) CancelEdit();
     Store.Splice(First, Remove, Insert);
+    Change.Done();
     const int Rows = q->RowCount(), Cols = q->ColCount();
     FRow = std::clamp(Cell.y(), std::min(FFixedRows, std::max(Rows - 1, 0)), std::max(Rows - 1, 0));
     FCol = std::clamp(Cell.x(), std::min(FFixedCols, std::max(Cols - 1, 0)), std::max(Cols - 1, 0));

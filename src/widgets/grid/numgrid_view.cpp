@@ -5,6 +5,7 @@
 // view, whatever the row count.
 #include "numcolumn_p.h"
 #include "numgrid_view_p.h"
+#include "numgridmodel_p.h"
 
 #include <qxnum/dialogs.h>
 #include <qxnum/numconv.h>
@@ -277,6 +278,7 @@ void TNumGridPrivate::Stretch() {
 }
 
 void TNumGridPrivate::LayoutChanged() {
+    if (Model) TNumGridModelPrivate::LayoutChanged(Model);
     if (!View) return;
     TGridViewState& S = *View;
     if (Updating) {
@@ -304,6 +306,7 @@ void TNumGridPrivate::LayoutChanged() {
 }
 
 void TNumGridPrivate::CellsChanged() {
+    if (Model) TNumGridModelPrivate::CellsChanged(Model);
     if (!View) return;
     if (Updating) {
         View->Deferred = true;
@@ -319,6 +322,7 @@ void TNumGridPrivate::CellsChanged() {
 }
 
 void TNumGridPrivate::CellChanged(int ACol, int ARow) {
+    if (Model) TNumGridModelPrivate::CellChanged(Model, ACol, ARow);
     if (!View) return;
     if (Updating) {
         View->Deferred = true;
