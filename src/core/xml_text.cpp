@@ -41,29 +41,6 @@ void AppendCharRef(std::string& Out, unsigned C) {
     Out += ';';
 }
 
-// What XML 1.0 cannot carry (U+0000, lone surrogates, U+FFFE, U+FFFF) becomes U+FFFD.
-QString XmlCharacters(const QString& Value) {
-    const qsizetype N = Value.size();
-    const QChar* U = Value.constData();
-    QString Out;
-    for (qsizetype I = 0; I < N; ++I) {
-        const char16_t C = U[I].unicode();
-        bool Bad = C == 0 || C == 0xFFFE || C == 0xFFFF;
-        if (QChar::isHighSurrogate(C)) {
-            if (I + 1 < N && U[I + 1].isLowSurrogate())
-                ++I;
-            else
-                Bad = true;
-        } else if (QChar::isLowSurrogate(C)) {
-            Bad = true;
-        }
-        if (!Bad) continue;
-        if (Out.isNull()) Out = Value;
-        Out[I] = QChar::ReplacementCharacter;
-    }
-    return Out.isNull() ? Value : Out;
-}
-
 void AppendUtf8(std::string& Out, char32_t C) {
     if (C < 0x80) {
         Out += static_cast<char>(C);
@@ -176,45 +153,67 @@ std::string CheckedName(const QString& Name) {
 }
 
 std::string Escape(const QString& Value, bool Attribute) {
-    const QByteArray B = XmlCharacters(Value).toUtf8();
+    const auto N = static_cast<std::size_t>(Value.size());
+    const char16_t* U = reinterpret_cast<const char16_t*>(Value.utf16());
+    // Most values (numbers, names, row texts) are printable ASCII without markup characters: one
+    // narrowing copy, no UTF-8 conversion of its own.
+    bool Plain = true;
+    for (std::size_t I = 0; I < N && Plain; ++I) {
+        const char16_t C = U[I];
+        Plain = C >= 0x20 && C < 0x80 && C != '&' && C != '<' && C != '>' && !(Attribute && C == '"');
+    }
+    if (Plain) {
+        std::string Out(N, '\0');
+        for (std::size_t I = 0; I < N; ++I)
+            Out[I] = static_cast<char>(U[I]);
+        return Out;
+    }
     std::string Out;
-    Out.reserve(static_cast<std::size_t>(B.size()) + 8);
-    for (const char Ch : B) {
-        const auto C = static_cast<unsigned char>(Ch);
+    Out.reserve(N + N / 4 + 8);
+    for (std::size_t I = 0; I < N; ++I) {
+        const char16_t C = U[I];
         switch (C) {
         case '&':
             Out += "&amp;";
-            break;
+            continue;
         case '<':
             Out += "&lt;";
-            break;
+            continue;
         case '>':
             Out += "&gt;";
-            break;
+            continue;
         case '"':
             if (Attribute)
                 Out += "&quot;";
             else
                 Out += '"';
-            break;
+            continue;
         case '\t':
         case '\n':
             if (Attribute)
                 AppendCharRef(Out, C);
             else
-                Out += Ch;
-            break;
+                Out += static_cast<char>(C);
+            continue;
         case '\r':
             // A literal one would become a line feed when read.
             AppendCharRef(Out, C);
-            break;
+            continue;
         default:
-            // Other controls are no XML characters, not even as references.
-            if (C < 0x20)
-                Out += "\xEF\xBF\xBD";
-            else
-                Out += Ch;
+            break;
         }
+        char32_t Code = C;
+        // What XML 1.0 cannot carry (the other controls, U+0000 included, lone surrogates, U+FFFE,
+        // U+FFFF) becomes U+FFFD; controls are no XML characters, not even as references.
+        if (C < 0x20 || C == 0xFFFE || C == 0xFFFF || QChar::isLowSurrogate(C)) {
+            Code = QChar::ReplacementCharacter;
+        } else if (QChar::isHighSurrogate(C)) {
+            if (I + 1 < N && QChar::isLowSurrogate(U[I + 1]))
+                Code = QChar::surrogateToUcs4(C, U[++I]);
+            else
+                Code = QChar::ReplacementCharacter;
+        }
+        AppendUtf8(Out, Code);
     }
     return Out;
 }
