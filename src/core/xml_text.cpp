@@ -5,6 +5,7 @@
 #include "textcodec.h"
 #include "tr_p.h"
 
+#include <array>
 #include <charconv>
 #include <climits>
 #include <cmath>
@@ -107,11 +108,9 @@ std::size_t DecodeReference(std::string_view S, std::string& Out) {
 }
 
 bool NeedsDecoding(std::string_view Raw, TDecode Mode) {
-    for (const char C : Raw) {
-        if (C == '\r' || (C == '&' && Mode != dCData) || (Mode == dAttribute && (C == '\n' || C == '\t')))
-            return true;
-    }
-    return false;
+    // memchr per character of interest: row texts of a large grid are long and need none.
+    const auto Has = [Raw](char C) { return !Raw.empty() && std::memchr(Raw.data(), C, Raw.size()); };
+    return Has('\r') || (Mode != dCData && Has('&')) || (Mode == dAttribute && (Has('\n') || Has('\t')));
 }
 
 // Trimmed ASCII text, or empty when the text holds anything else (which no number does).
@@ -152,25 +151,31 @@ std::string CheckedName(const QString& Name) {
     return Utf8(Name);
 }
 
+// Printable ASCII that stands for itself in text and attribute values alike.
+constexpr auto PlainAscii = [] {
+    std::array<bool, 128> T{};
+    for (char16_t C = 0x20; C < 0x80; ++C)
+        T[C] = C != '&' && C != '<' && C != '>' && C != '"';
+    return T;
+}();
+
 std::string Escape(const QString& Value, bool Attribute) {
     const auto N = static_cast<std::size_t>(Value.size());
     const char16_t* U = reinterpret_cast<const char16_t*>(Value.utf16());
-    // Most values (numbers, names, row texts) are printable ASCII without markup characters: one
-    // narrowing copy, no UTF-8 conversion of its own.
-    bool Plain = true;
-    for (std::size_t I = 0; I < N && Plain; ++I) {
+    // Most values (numbers, names, row texts) are plain ASCII: narrowed as they are checked, with
+    // no UTF-8 conversion of their own; the rest goes on from the first character that is not.
+    std::string Out(N, '\0');
+    char* D = Out.data();
+    std::size_t I = 0;
+    for (; I < N; ++I) {
         const char16_t C = U[I];
-        Plain = C >= 0x20 && C < 0x80 && C != '&' && C != '<' && C != '>' && !(Attribute && C == '"');
+        if (C >= 0x80 || !PlainAscii[C]) break;
+        D[I] = static_cast<char>(C);
     }
-    if (Plain) {
-        std::string Out(N, '\0');
-        for (std::size_t I = 0; I < N; ++I)
-            Out[I] = static_cast<char>(U[I]);
-        return Out;
-    }
-    std::string Out;
+    if (I == N) return Out;
+    Out.resize(I);
     Out.reserve(N + N / 4 + 8);
-    for (std::size_t I = 0; I < N; ++I) {
+    for (; I < N; ++I) {
         const char16_t C = U[I];
         switch (C) {
         case '&':
