@@ -295,26 +295,30 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
                 if (I < Props->StringCols.size()) P->FStringCol = Props->StringCols[I] != 0;
             }
             bool Titles = false;
+            const int CellCols = ColCount();
             for (const TRowText& T : *RowTexts) {
                 const bool Data = T.Row >= GD->FFixedRows;
                 if (!Data && !(T.Row == 0 && GD->FReadColTitlesFromStream)) continue;
-                auto& Row = GD->Store.Row(T.Row);
-                // Data entries are stored as they stand; only the title row turns the characters
-                // of a line-break reference back into the line break (before the split, since
-                // they hold the delimiter).
+                // Data entries are stored as they stand, each cut straight out of the row text;
+                // only the title row turns the characters of a line-break reference back into
+                // the line break (before the split, since they hold the delimiter).
                 const QString Title = Data ? QString() : QString(T.Text).replace(LineBreakRef, LineBreak);
-                const QStringView Text(Data ? T.Text : Title);
-                qsizetype Start = 0;
-                for (int C = 0; C < ColCount(); ++C) {
+                const QString& Text = Data ? T.Text : Title;
+                const QChar* P = Text.constData();
+                const QChar* const End = P + Text.size();
+                bool More = true; // an entry follows (an empty text holds one empty entry)
+                for (int C = 0; C < CellCols; ++C) {
                     QString Entry;
-                    if (Start <= Text.size()) {
-                        qsizetype End = Text.indexOf(Delimiter, Start);
-                        if (End < 0) End = Text.size();
-                        Entry = Text.mid(Start, End - Start).toString();
-                        Start = End + 1;
+                    if (More) {
+                        const QChar* E = P;
+                        while (E != End && *E != Delimiter)
+                            ++E;
+                        Entry = QString(P, E - P);
+                        More = E != End;
+                        P = E + 1;
                     }
                     if (Data) {
-                        Row[static_cast<size_t>(C)] = std::move(Entry);
+                        GD->Store.Put(C, T.Row, Entry);
                     } else if (C < NC) {
                         TNumColumn* Column = Columns->Items(C);
                         Column->Title()->d->FCaption = CaptionOfTitle(Entry, Column->UnitString());
