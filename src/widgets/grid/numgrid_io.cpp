@@ -409,14 +409,13 @@ TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
 
     // Cells in row order; title rows are read and dropped, or not read at all when the titles come
     // from the grid itself.
-    auto Cells = std::make_shared<std::vector<std::vector<QString>>>();
-    Cells->resize(static_cast<size_t>(std::max(FillRows - Fixed, 0)));
+    // One block of FillCols texts per data row.
+    auto Cells = std::make_shared<std::vector<QString>>();
+    Cells->reserve(static_cast<size_t>(std::max(FillRows - Fixed, 0)) * static_cast<size_t>(FillCols));
     for (int R = 0; R < FillRows; ++R) {
         if (R >= Fixed) {
-            auto& Row = (*Cells)[static_cast<size_t>(R - Fixed)];
-            Row.reserve(static_cast<size_t>(FillCols));
             for (int C = 0; C < FillCols; ++C)
-                Row.push_back(Reader.ReadString());
+                Cells->push_back(Reader.ReadString());
         } else if (!D->FReadColTitlesFromStream) {
             for (int C = 0; C < FillCols; ++C)
                 Reader.ReadString();
@@ -452,11 +451,12 @@ TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
                 for (int C = 0; C < std::min(static_cast<int>(Strings->size()), Described); ++C)
                     Columns->Items(C)->Priv()->FStringCol = (*Strings)[static_cast<size_t>(C)];
             }
+            const int PutCols = std::min(FillCols, ColCount());
             for (size_t I = 0; I < Texts->size(); ++I) {
-                auto& Row = GD->Store.Row(Fixed + static_cast<int>(I));
-                const auto& In = (*Texts)[I];
-                for (size_t C = 0; C < In.size() && C < Row.size(); ++C)
-                    Row[C] = In[C];
+                const int C = static_cast<int>(I % static_cast<size_t>(FillCols));
+                if (C < PutCols)
+                    GD->Store.Put(C, Fixed + static_cast<int>(I / static_cast<size_t>(FillCols)),
+                                  (*Texts)[I]);
             }
             for (int C = 0; C < Captions.size(); ++C)
                 Columns->Items(C)->Title()->d->FCaption = Captions[C];
