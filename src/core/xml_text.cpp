@@ -148,7 +148,14 @@ QString FromUtf8(std::string_view S) {
 std::string CheckedName(const QString& Name) {
     if (!IsXmlName(Name))
         throw EXmlError(detail::Tr("qxnum::TXmlNode", "\"%1\" is not a valid XML name").arg(Name), 0, 0);
-    return Utf8(Name);
+    // Names are nearly always ASCII (a grid writes one per row): narrowed without a UTF-8 copy.
+    std::string Out(static_cast<std::size_t>(Name.size()), '\0');
+    for (qsizetype I = 0; I < Name.size(); ++I) {
+        const char16_t C = Name[I].unicode();
+        if (C >= 0x80) return Utf8(Name);
+        Out[static_cast<std::size_t>(I)] = static_cast<char>(C);
+    }
+    return Out;
 }
 
 // Printable ASCII that stands for itself in text and attribute values alike.
