@@ -35,9 +35,21 @@ bool IsIntegerTag(TValueType T) {
     return T == vaInt8 || T == vaInt16 || T == vaInt32 || T == vaInt64;
 }
 
-// "Row" + the index padded with "0" to the digits of the row count.
+// "Row" + the index padded with "0" to the digits of the row count (written once per row: by hand,
+// without QString::arg's parsing of the pattern).
 QString RowName(int Row, int Width) {
-    return QStringLiteral("Row%1").arg(Row, Width, 10, QLatin1Char('0'));
+    char Digits[16];
+    int N = 0;
+    for (unsigned V = static_cast<unsigned>(Row); N == 0 || V > 0; V /= 10)
+        Digits[N++] = static_cast<char>('0' + V % 10);
+    QString S(3 + std::max(N, Width), QLatin1Char('0'));
+    QChar* Out = S.data();
+    Out[0] = QLatin1Char('R');
+    Out[1] = QLatin1Char('o');
+    Out[2] = QLatin1Char('w');
+    for (int I = 0; I < N; ++I)
+        Out[S.size() - 1 - I] = QLatin1Char(Digits[I]);
+    return S;
 }
 
 // Entries of a "Cols" list: an empty text has none (a grid without columns writes it so).
