@@ -74,12 +74,11 @@ void TCase::SetUnitSystem(TUnitSystem U) {
     for (TFieldForm* S : FSections) {
         for (TCustomNumEdit* E : S->findChildren<TCustomNumEdit*>())
             E->SetUnitSystem(U);
-        // Only the columns in other units: setting a column's unit system re-expresses every cell
-        // and would turn a text that is no number (kept as read from a file) into 0.
-        // A read restores the columns' unit systems but not the unit lines of the titles: made anew.
+        // One pass per grid; columns already in U keep their texts (a text that is no number, kept
+        // as read from a file, would become 0). A read restores the columns' unit systems but not
+        // the unit lines of the titles: made anew.
         for (TNumGrid* G : S->findChildren<TNumGrid*>()) {
-            for (int C = 0; C < G->ColCount(); ++C)
-                if (TNumColumn* Col = G->Columns()->Items(C); Col->UnitSystem() != U) Col->SetUnitSystem(U);
+            G->SwitchUnitSystem(U);
             G->ResetTitles();
         }
     }

@@ -3,8 +3,20 @@
 /// number, with row operations, cell checks, change tracking and the field contract.
 ///
 /// Cells
-///   A cell holds text only, always in its column's display units; values are derived from the
-///   text on demand (GetDValues, GetCValues, GetIntValues). Row 0 is the title row when FixedRows
+///   A cell's text is always in its column's display units, and it is what every reader, writer,
+///   event and message sees. Beside the text of a numeric cell the grid keeps the value in base
+///   units that the text was formatted from (SetDValues, defaults, a paste, a unit switch) or that
+///   was read from it the first time it was needed (text typed, set by SetCells or read from a
+///   file). Unlike the original grid, which re-reads its rounded text every time (deliberate
+///   deviation 4): a cell whose text has not changed since the grid formatted it from a value keeps
+///   that value exactly; a unit switch, a reformat or a column property change re-expresses the
+///   held value, not the rounded text. So switching SI -> Imperial -> SI any number of times gives
+///   GetDValues back bit for bit, and each system shows the correctly rounded text; a new text is
+///   the truth again from then on. GetDValues still applies the column's limits and OnSetNumValue
+///   to the held value on every read; GetCValues and GetIntValues read the text. Files keep their
+///   layout: they hold the texts. Checks, look-ups and unit switches read held values, so they
+///   cost no parsing; a column property change checks that column only, and BeginUpdate /
+///   EndUpdate check each changed column once. Row 0 is the title row when FixedRows
 ///   > 0 (ResetTitles writes each column's TitleString there); data rows are FixedRows ..
 ///   RowCount - 1. There is one TNumColumn per grid column, fixed columns included; changing
 ///   ColCount adds or removes columns at the end. Check-box columns hold "TRUE" / "FALSE".
@@ -275,9 +287,17 @@ public:
 
     /// --- Titles and refresh ---
     void ResetTitles();
+    /// Re-titles and checks after a change: a column (or its title) as Sender checks that column
+    /// only; anything else checks every column whose cells or settings changed since its last check.
     void GridStringsChanged(QObject* Sender = nullptr);
+    /// Between BeginUpdate and EndUpdate, changes of cells and columns are not checked or painted;
+    /// EndUpdate does it once for all of them.
     void BeginUpdate();
     void EndUpdate();
+    /// Switches every column that is neither a string column nor expression-driven to AValue in
+    /// one pass: each cell's held value is re-expressed (see Cells), then one check and one repaint.
+    /// Columns that already show AValue are left alone, so their texts are not rewritten.
+    void SwitchUnitSystem(TUnitSystem AValue);
     bool IsUpdating() const;
     QStringList ColFormats() const;
     void SetColFormats(const QStringList& List);
@@ -285,6 +305,8 @@ public:
     /// --- Checks ---
     virtual bool CheckCell(int ACol, int ARow);
     virtual bool CheckRow(int ARow);
+    /// Checks every data cell, also of columns known to be checked: call it after changing the
+    /// working unit tables or the format settings, which the grid cannot see.
     bool CheckAllCells();
     virtual bool CheckGrid();
 

@@ -141,7 +141,8 @@ void TNumColumn::Changed(bool AllItems) {
 
 namespace {
 
-void StringsChanged(TNumColumn* C) {
+void StringsChanged(TNumColumnPrivate* P, TNumColumn* C) {
+    ++P->Stamp;
     if (TNumGrid* G = C->Grid()) G->GridStringsChanged(C);
 }
 
@@ -153,7 +154,7 @@ TAlignment TNumColumn::Alignment() const {
 void TNumColumn::SetAlignment(TAlignment AValue) {
     if (AValue != d->FAlignment) {
         d->FAlignment = AValue;
-        StringsChanged(this);
+        StringsChanged(d.get(), this);
     }
     Changed();
 }
@@ -164,7 +165,7 @@ QColor TNumColumn::Color() const {
 void TNumColumn::SetColor(const QColor& AValue) {
     if (AValue != d->FColor) {
         d->FColor = AValue;
-        StringsChanged(this);
+        StringsChanged(d.get(), this);
     }
     Changed();
 }
@@ -175,7 +176,7 @@ QFont TNumColumn::Font() const {
 void TNumColumn::SetFont(const QFont& AValue) {
     d->FFont = AValue;
     Changed();
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
 }
 
 TImeMode TNumColumn::ImeMode() const {
@@ -185,7 +186,7 @@ void TNumColumn::SetImeMode(TImeMode AValue) {
     // Compared with the default, not with the stored value: the grid's own mode is never stored.
     if (AValue != DefaultImeMode()) {
         d->FImeMode = AValue;
-        StringsChanged(this);
+        StringsChanged(d.get(), this);
     }
     Changed();
 }
@@ -196,7 +197,7 @@ QString TNumColumn::ImeName() const {
 void TNumColumn::SetImeName(const QString& AValue) {
     if (AValue != DefaultImeName()) {
         d->FImeName = AValue;
-        StringsChanged(this);
+        StringsChanged(d.get(), this);
     }
     Changed();
 }
@@ -221,7 +222,7 @@ TNumColTitle* TNumColumn::Title() const {
 }
 void TNumColumn::SetTitle(const TNumColTitle& AValue) {
     if (d->FTitle) d->FTitle->Assign(AValue);
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
 }
 
 int TNumColumn::Width() const {
@@ -231,7 +232,7 @@ void TNumColumn::SetWidth(int AValue) {
     if (AValue == -1) return;
     d->FWidth = AValue;
     Changed();
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
 }
 
 bool TNumColumn::Visible() const {
@@ -250,7 +251,7 @@ quint16 TNumColumn::Decimals() const {
 void TNumColumn::SetDecimals(quint16 AValue) {
     if (AValue == d->FDecimals) return;
     d->FDecimals = IsIntegerDataType(d->FDataType) ? quint16(0) : AValue;
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
     Changed();
 }
 
@@ -260,7 +261,7 @@ quint16 TNumColumn::Digits() const {
 void TNumColumn::SetDigits(quint16 AValue) {
     if (AValue == d->FDigits) return;
     d->FDigits = AValue;
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
     Changed();
 }
 
@@ -269,6 +270,7 @@ Extended TNumColumn::Max() const {
 }
 void TNumColumn::SetMax(Extended AValue) {
     if (AValue == d->FMax) return;
+    ++d->Stamp;
     d->FMax = AValue;
     if (d->FMin > d->FMax) d->FMax = d->FMin;
     Changed();
@@ -279,12 +281,14 @@ Extended TNumColumn::Min() const {
 }
 void TNumColumn::SetMin(Extended AValue) {
     if (AValue == d->FMin) return;
+    ++d->Stamp;
     d->FMin = AValue;
     if (d->FMin > d->FMax) d->FMin = d->FMax;
     Changed();
 }
 
 void TNumColumn::SetRange(Extended AMin, Extended AMax) {
+    ++d->Stamp;
     d->FMin = AMin;
     d->FMax = AMax < AMin ? AMin : AMax;
     Changed();
@@ -301,7 +305,7 @@ void TNumColumn::SetDataType(TDataType AValue) {
         d->FNumericType = ntGeneral;
         d->FDecimals = 0;
     }
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
     Changed();
 }
 
@@ -313,7 +317,7 @@ void TNumColumn::SetNumericType(TNumericType AValue) {
     const bool Float = d->FDataType == dtDouble || d->FDataType == dtExtended || d->FDataType == dtSingle;
     d->FNumericType = Float ? AValue : ntGeneral;
     if (AValue != ntParType) d->FParType = ptNone;
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
     Changed();
 }
 
@@ -327,7 +331,7 @@ void TNumColumn::SetParType(TParType AValue) {
         d->FNumericType = ntParType;
         d->FDataType = dtExtended;
     }
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
     Changed();
 }
 
@@ -338,7 +342,7 @@ void TNumColumn::SetCustomScale(Extended AValue) {
     // A (nearly) zero scale would divide by zero in the text hook.
     if (AValue == d->FCustomScale || !(std::fabs(AValue) > Tolerance)) return;
     d->FCustomScale = AValue;
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
     Changed();
 }
 
@@ -348,7 +352,7 @@ Extended TNumColumn::ScaleOffset() const {
 void TNumColumn::SetScaleOffset(Extended AValue) {
     if (AValue == d->FScaleOffset) return;
     d->FScaleOffset = AValue;
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
     Changed();
 }
 
@@ -358,7 +362,7 @@ QString TNumColumn::CustomFormat() const {
 void TNumColumn::SetCustomFormat(const QString& AValue) {
     if (AValue == d->Fcustomformat) return;
     d->Fcustomformat = AValue;
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
     Changed(true);
 }
 
@@ -377,7 +381,7 @@ bool TNumColumn::TrimZeroes() const {
 void TNumColumn::SetTrimZeroes(bool AValue) {
     if (AValue == d->FTrimZeroes) return;
     d->FTrimZeroes = AValue;
-    StringsChanged(this);
+    StringsChanged(d.get(), this);
     Changed();
 }
 
@@ -386,6 +390,7 @@ bool TNumColumn::StringCol() const {
 }
 void TNumColumn::SetStringCol(bool AValue) {
     if (AValue == d->FStringCol) return;
+    ++d->Stamp;
     d->FStringCol = AValue;
     if (TNumGrid* G = Grid()) G->InitCol(Index());
 }
@@ -395,6 +400,7 @@ bool TNumColumn::CheckBoxCol() const {
 }
 void TNumColumn::SetCheckBoxCol(bool AValue) {
     if (AValue == d->FCheckBoxCol) return;
+    ++d->Stamp;
     d->FCheckBoxCol = AValue;
     if (AValue) d->FStringCol = true;
     if (TNumGrid* G = Grid()) G->InitCol(Index());
@@ -430,6 +436,7 @@ bool TNumColumn::AutoReformat() const {
     return d->FAutoReformat;
 }
 void TNumColumn::SetAutoReformat(bool AValue) {
+    ++d->Stamp;
     d->FAutoReformat = AValue;
 }
 
@@ -443,18 +450,21 @@ TGetColNumTextEvent TNumColumn::OnGetNumtext() const {
     return d->FOnGetNumText;
 }
 void TNumColumn::SetOnGetNumtext(TGetColNumTextEvent AEvent) {
+    ++d->Stamp;
     d->FOnGetNumText = std::move(AEvent);
 }
 TSetColNumValueEvent TNumColumn::OnSetNumValue() const {
     return d->FOnSetNumValue;
 }
 void TNumColumn::SetOnSetNumValue(TSetColNumValueEvent AEvent) {
+    ++d->Stamp;
     d->FOnSetNumValue = std::move(AEvent);
 }
 TOnCheckVariableEvent TNumColumn::OnExprCheckVariable() const {
     return d->FOnExprCheckVariable;
 }
 void TNumColumn::SetOnExprCheckVariable(TOnCheckVariableEvent AEvent) {
+    ++d->Stamp;
     d->FOnExprCheckVariable = std::move(AEvent);
 }
 
@@ -468,28 +478,42 @@ TUnitSystem TNumColumn::UnitSystem() const {
 
 void TNumColumn::SetUnitSystem(TUnitSystem AValue) {
     TNumGrid* G = Grid();
-    const bool Rewrite = G && d->UnitSystemSet && !d->FStringCol && !d->FOnExprCheckVariable;
+    const bool Rewrite = G && d->UnitSystemSet && d->HoldsValues();
     std::vector<Extended> Values;
     const int C = Index();
     int First = 0, Last = -1;
+    TNumGridPrivate* GD = G ? G->Priv() : nullptr;
     if (Rewrite) {
-        // Read every data cell under the old unit system, then write it back in the new one.
+        // Every data cell's value under the old unit system: the held value where the cell has one
+        // (deliberate deviation 4: a switch re-expresses it, so switching back gives it exactly),
+        // otherwise its text read once, as the original reads it.
         First = G->FixedRows();
         Last = G->RowCount() - 1;
         Values.resize(static_cast<size_t>(std::max(0, Last - First + 1)));
         for (int R = First; R <= Last; ++R) {
-            Extended V = 0.0L;
-            SetValuefromStr(R, G->Cells(C, R), V, true);
+            const TCell& Cell = GD->Store.At(C, R);
+            bool Ok = true;
+            Extended V = Cell.HasValue() ? Cell.Value() : d->ParseBase(Cell.Text(), Ok);
+            d->Clamp(V);
+            if (d->FOnSetNumValue) d->FOnSetNumValue(this, R, Cell.Text(), V);
             Values[static_cast<size_t>(R - First)] = V;
         }
     }
     d->FUnitSystem = AValue;
+    ++d->Stamp;
     if (d->FOnUnitSystemChange) d->FOnUnitSystemChange(this);
     if (Rewrite) {
-        TCellStore& Store = G->Priv()->Store;
-        for (int R = First; R <= Last; ++R)
-            Store.Put(C, R, GetValueString(R, Values[static_cast<size_t>(R - First)], true));
-        G->Priv()->CellsChanged();
+        for (int R = First; R <= Last; ++R) {
+            const Extended V = Values[static_cast<size_t>(R - First)];
+            GD->Store.Put(C, R, GetValueString(R, V, true), V);
+        }
+        // Every cell was just written from its checked value: the check that follows the change
+        // has nothing left to do.
+        if (d->ChecksRepeatable()) {
+            d->CheckedVersion = GD->Store.ColumnVersion(C);
+            d->CheckedStamp = d->Stamp;
+        }
+        GD->CellsChanged();
     }
     d->UnitSystemSet = true;
     Changed();
@@ -578,18 +602,30 @@ void TNumColumn::SetValuefromStr(int ARow, const QString& Text, Extended& Value,
             }
         }
     } else if (Scaled) {
-        Value = (StrToPar(Text, d->FNumericType, d->FParType, d->FUnitSystem) - d->FScaleOffset) *
-                d->FCustomScale;
+        bool Ok = true;
+        Value = d->ParseBase(Text, Ok);
     } else {
         Value = QX_StrToFloat(Text);
     }
-    if (d->FMax - d->FMin > Tolerance) {
-        if (Value < d->FMin)
-            Value = d->FMin;
-        else if (Value > d->FMax)
-            Value = d->FMax;
-    }
+    d->Clamp(Value);
     if (d->FOnSetNumValue) d->FOnSetNumValue(this, ARow, Text, Value);
+}
+
+Extended TNumColumnPrivate::ParseBase(const QString& Text, bool& Ok) const {
+    Extended V = 0.0L;
+    Ok = TryQX_StrToFloat(Text, V);
+    if (!Ok) V = 0.0L;
+    if (FNumericType == ntParType) V = V * static_cast<Extended>(ParScaleOf(FParType, FUnitSystem));
+    return (V - FScaleOffset) * FCustomScale;
+}
+
+void TNumColumnPrivate::Clamp(Extended& Value) const {
+    if (FMax - FMin > Tolerance) {
+        if (Value < FMin)
+            Value = FMin;
+        else if (Value > FMax)
+            Value = FMax;
+    }
 }
 
 Extended TNumColumn::DValues(int ARow) {
@@ -600,8 +636,7 @@ Extended TNumColumn::DValues(int ARow) {
 }
 
 void TNumColumn::SetDValues(int ARow, Extended Value) {
-    if (std::isnan(Value)) Value = 0.0L;
-    if (TNumGrid* G = Grid()) G->SetCells(Index(), ARow, GetValueString(ARow, Value, true));
+    if (TNumGrid* G = Grid()) G->SetDValues(Index(), ARow, Value);
 }
 
 int TNumColumn::IntValues(int ARow) {
@@ -615,6 +650,7 @@ void TNumColumn::SetIntValues(int ARow, int Value) {
 
 void TNumColumn::Assign(const TNumColumn& S) {
     if (&S == this) return;
+    ++d->Stamp;
     if (d->FCollection) d->FCollection->BeginUpdate();
     d->FColor = S.d->FColor;
     if (S.Width() != -1) d->FWidth = S.Width();
@@ -731,12 +767,16 @@ void TNumColumns::EndUpdate() {
 void TNumColumns::Update(TNumColumn* Item) {
     TNumGrid* G = d->FGrid;
     if (!Item || !G) return;
+    // Only the changed column is re-titled and checked; inside the grid's own BeginUpdate the
+    // EndUpdate that closes it does that.
+    const bool Outer = G->IsUpdating();
     G->BeginUpdate();
-    G->ResetTitles();
-    G->GridStringsChanged(this);
     const int I = Item->Index();
     if (I >= 0 && I < G->ColCount()) G->SetColWidths(I, Item->Width());
-    G->EndUpdate();
+    if (Outer) return;
+    G->Priv()->Updating = false;
+    G->Priv()->CatchUpView();
+    G->GridStringsChanged(Item);
 }
 
 } // namespace qxnum

@@ -56,6 +56,24 @@ public:
     TOnCheckVariableEvent FOnExprCheckVariable;
     int FTag = 0;
     bool UnitSystemSet = false;
+
+    // Changes with every setting that decides a cell's value or text; with the store's column
+    // version it tells whether the column's cells are known to be checked (CheckedVersion and
+    // CheckedStamp as they were after the last full check or unit switch of the column).
+    quint64 Stamp = 1;
+    quint64 CheckedVersion = 0;
+    quint64 CheckedStamp = 0;
+
+    // Whether the column's cells hold their values beside their texts: numeric, no expressions.
+    bool HoldsValues() const { return !FStringCol && !FOnExprCheckVariable; }
+    // Whether a checked cell stays checked: no hook may read or write its value differently.
+    bool ChecksRepeatable() const { return !FOnSetNumValue && !FOnGetNumText; }
+    // The base value a numeric column reads from Text before its limits and hook: the display number
+    // times the unit factor, less ScaleOffset, times CustomScale. Text that is no number reads as 0
+    // and gives Ok false.
+    Extended ParseBase(const QString& Text, bool& Ok) const;
+    // The column's limits (when Max - Min exceeds the tolerance), as every read applies them.
+    void Clamp(Extended& Value) const;
 };
 
 class TNumColumnsPrivate {

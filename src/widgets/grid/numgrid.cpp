@@ -57,10 +57,84 @@ QString TNumGridPrivate::QuotedCellText(int C, const QString& Text) const {
 double TNumGridPrivate::QuietValue(int C, int R) const {
     TNumColumn* Column = FColumns->Items(C);
     if (!Column) throw EConvertError(Tr("Column nr. %1 does not exist").arg(C));
-    const QString Text = q->Cells(C, R);
-    Extended V = 0.0L;
-    if (!Text.isEmpty()) Column->SetValuefromStr(R, Text, V, true);
+    if (!Store.Contains(C, R)) return 0.0;
+    const TCell& Cell = Store.At(C, R);
+    if (Cell.Text().isEmpty()) return 0.0;
+    TNumColumnPrivate* P = Column->Priv();
+    if (!Cell.HasValue() || !P->HoldsValues()) {
+        Extended V = 0.0L;
+        Column->SetValuefromStr(R, Cell.Text(), V, true);
+        return static_cast<double>(V);
+    }
+    Extended V = Cell.Value();
+    P->Clamp(V);
+    if (P->FOnSetNumValue) P->FOnSetNumValue(Column, R, Cell.Text(), V);
     return static_cast<double>(V);
+}
+
+Extended TNumGridPrivate::RawValue(TNumColumn* Column, int C, int R, bool& Ok) {
+    const TCell& Cell = Store.At(C, R);
+    if (Cell.HasValue()) {
+        Ok = true;
+        return Cell.Value();
+    }
+    const Extended V = Column->Priv()->ParseBase(Cell.Text(), Ok);
+    // Read once: the text is the truth, and its value stays with it until the text changes.
+    if (Ok) Store.Hold(C, R, V);
+    return V;
+}
+
+void TNumGridPrivate::PutValue(int C, int R, const QString& Text, Extended Value) {
+    const TCell& Cell = Store.At(C, R);
+    const bool SameText = Cell.Text() == Text && !Cell.Text().isNull();
+    if (SameText && Cell.HasValue() && Cell.Value() == Value) return;
+    if (SameText) {
+        Store.Hold(C, R, Value);
+        return;
+    }
+    Store.Put(C, R, Text, Value);
+    CellChanged(C, R);
+}
+
+bool TNumGridPrivate::ColumnChecked(const TNumColumnPrivate* P, int C) const {
+    return P->CheckedStamp == P->Stamp && P->CheckedVersion == Store.ColumnVersion(C);
+}
+
+void TNumGridPrivate::MarkChecked(TNumColumnPrivate* P, int C) const {
+    if (!P->ChecksRepeatable()) return;
+    P->CheckedVersion = Store.ColumnVersion(C);
+    P->CheckedStamp = P->Stamp;
+}
+
+bool TNumGridPrivate::CheckColumns(const std::vector<int>& Only, bool Force) {
+    const int Count = std::min(FColumns->Count(), Store.ColCount());
+    std::vector<int> Cols;
+    for (int C = 0; C < Count; ++C) {
+        if (!Only.empty() && std::find(Only.begin(), Only.end(), C) == Only.end()) continue;
+        TNumColumnPrivate* P = FColumns->Items(C)->Priv();
+        if (!P->HoldsValues()) continue; // nothing to check
+        if (!Force && ColumnChecked(P, C)) continue;
+        Cols.push_back(C);
+    }
+    int Holding = 0;
+    for (int C = 0; C < Count; ++C)
+        Holding += FColumns->Items(C)->Priv()->HoldsValues() ? 1 : 0;
+    // Row by row, as CheckAllCells reports the first invalid cell; through CheckRow when every
+    // column is checked, so that a derived grid's row rules apply.
+    const bool Whole = Only.empty() && static_cast<int>(Cols.size()) == Holding;
+    for (int R = 1; R < Store.RowCount(); ++R) {
+        if (Whole) {
+            if (!q->CheckRow(R)) return false;
+            continue;
+        }
+        for (int C : Cols)
+            if (!q->CheckCell(C, R)) return false;
+    }
+    // A read's kept texts (deliberate deviation 11) still meet the next check.
+    if (!KeepReadTexts)
+        for (int C : Cols)
+            MarkChecked(FColumns->Items(C)->Priv(), C);
+    return true;
 }
 
 // ---- construction ------------------------------------------------------------------------------------
@@ -227,25 +301,27 @@ QString TNumGrid::Cells(int ACol, int ARow) const {
 void TNumGrid::SetCells(int ACol, int ARow, const QString& Value) {
     TCellStore& S = Priv()->Store;
     if (!S.Contains(ACol, ARow)) return;
-    QString& Cell = S.Cell(ACol, ARow);
+    const QString& Cell = S.Cell(ACol, ARow);
     if (Cell == Value && Cell.isNull() == Value.isNull()) return;
-    TCellStore::Put(Cell, Value);
+    S.Put(ACol, ARow, Value);
     Priv()->CellChanged(ACol, ARow);
 }
 
 QStringList TNumGrid::Rows(int ARow) const {
     const TCellStore& S = Priv()->Store;
     if (ARow < 0 || ARow >= S.RowCount()) return {};
-    const auto& R = S.Row(ARow);
-    return QStringList(R.begin(), R.end());
+    QStringList L;
+    L.reserve(S.ColCount());
+    for (const TCell& Cell : S.Row(ARow))
+        L << Cell.Text();
+    return L;
 }
 
 void TNumGrid::SetRows(int ARow, const QStringList& Value) {
     TCellStore& S = Priv()->Store;
     if (ARow < 0 || ARow >= S.RowCount()) return;
-    auto& R = S.Row(ARow);
     for (int C = 0; C < S.ColCount(); ++C)
-        R[static_cast<size_t>(C)] = C < Value.size() ? Value[C] : QString();
+        S.Put(C, ARow, C < Value.size() ? Value[C] : QString());
     Priv()->CellsChanged();
 }
 
@@ -313,15 +389,27 @@ bool TNumGrid::GetValueFromCell(int ACol, int ARow, Extended& Value, bool Scaled
         ShowCellError(QString::asprintf("Column nr. %d is String column", ACol), ACol, ARow);
         return false;
     }
-    const QString Text = Cells(ACol, ARow);
+    TNumGridPrivate* D = Priv();
+    if (!D->Store.Contains(ACol, ARow)) {
+        Value = 0.0L;
+        return true;
+    }
+    const QString Text = D->Store.Cell(ACol, ARow);
     try {
-        if (Text.isEmpty())
+        if (Text.isEmpty()) {
             Value = 0.0L;
-        else
+        } else if (Scaled && C->HoldsValues()) {
+            // The held value, or the text read once (deliberate deviation 4).
+            bool Ok = true;
+            Value = D->RawValue(Column, ACol, ARow, Ok);
+            C->Clamp(Value);
+            if (C->FOnSetNumValue) C->FOnSetNumValue(Column, ARow, Text, Value);
+        } else {
             Column->SetValuefromStr(ARow, Text, Value, Scaled);
+        }
         if (!C->FOnExprCheckVariable && C->FAutoReformat && Scaled) {
             const QString Canonical = Column->GetValueString(ARow, Value, Scaled);
-            if (Canonical != Text) SetCells(ACol, ARow, Canonical);
+            if (Canonical != Text) D->PutValue(ACol, ARow, Canonical, Value);
         }
         return true;
     } catch (const std::exception&) {
@@ -337,9 +425,14 @@ Extended TNumGrid::GetDValues(int ACol, int ARow) {
 
 void TNumGrid::SetDValues(int ACol, int ARow, Extended Value) {
     TNumColumn* Column = Priv()->FColumns->Items(ACol);
-    if (!Column) return;
+    if (!Column || !Priv()->Store.Contains(ACol, ARow)) return;
     if (std::isnan(Value)) Value = 0.0L;
-    SetCells(ACol, ARow, Column->GetValueString(ARow, Value, true));
+    const QString Text = Column->GetValueString(ARow, Value, true);
+    // The text is formatted from Value: the cell keeps it (deliberate deviation 4).
+    if (Column->Priv()->HoldsValues())
+        Priv()->PutValue(ACol, ARow, Text, Value);
+    else
+        SetCells(ACol, ARow, Text);
 }
 
 Extended TNumGrid::GetCValues(int ACol, int ARow) {
@@ -421,10 +514,17 @@ void TNumGrid::InitCol(int ACol) {
     if (!Column || ACol >= ColCount()) return;
     QString Text = DefaultCellText(ACol, D->FFixedRows, false);
     Text.squeeze(); // shared by every cell of the column
+    TNumColumnPrivate* P = Column->Priv();
     // Only a hook can make the default depend on the row.
-    const bool PerRow = static_cast<bool>(Column->Priv()->FOnGetNumText) && !Column->Priv()->FStringCol;
+    const bool PerRow = static_cast<bool>(P->FOnGetNumText) && !P->FStringCol;
+    const bool Held = !P->FStringCol;
+    const Extended Value = QX_StrToFloatDef(P->FDefaultStr, 0.0L);
     for (int R = D->FFixedRows; R < RowCount(); ++R) {
-        D->Store.Cell(ACol, R) = PerRow ? DefaultCellText(ACol, R, false) : Text;
+        const QString& T = PerRow ? DefaultCellText(ACol, R, false) : Text;
+        if (Held)
+            D->Store.Put(ACol, R, T, Value);
+        else
+            D->Store.Put(ACol, R, T);
         D->Store.SetObject(ACol, R, nullptr);
     }
     if (!D->InitializingColumns) D->CellsChanged();
@@ -434,8 +534,13 @@ void TNumGrid::InitCol(int ACol) {
 void TNumGrid::InitRow(int ARow) {
     TNumGridPrivate* D = Priv();
     if (ARow < 0 || ARow >= RowCount()) return;
-    for (int C = 0; C < std::min(ColCount(), D->FColumns->Count()); ++C)
-        D->Store.Put(C, ARow, DefaultCellText(C, ARow, true));
+    for (int C = 0; C < std::min(ColCount(), D->FColumns->Count()); ++C) {
+        const TNumColumnPrivate* P = D->FColumns->Items(C)->Priv();
+        if (P->HoldsValues())
+            D->Store.Put(C, ARow, DefaultCellText(C, ARow, true), QX_StrToFloatDef(P->FDefaultStr, 0.0L));
+        else
+            D->Store.Put(C, ARow, DefaultCellText(C, ARow, true));
+    }
     D->CellsChanged();
     if (D->FAfterInitRow) D->FAfterInitRow(this, ARow);
 }
@@ -443,7 +548,7 @@ void TNumGrid::InitRow(int ARow) {
 void TNumGrid::InsCopyRow(int ARow) {
     if (ARow < 1 || ARow >= RowCount()) return;
     for (int C = 0; C < ColCount(); ++C)
-        Priv()->Store.Cell(C, ARow) = Priv()->Store.Cell(C, ARow - 1);
+        Priv()->Store.PutCell(C, ARow, Priv()->Store.At(C, ARow - 1));
     Priv()->CellsChanged();
 }
 
@@ -465,7 +570,7 @@ void TNumGrid::ClearRow(int ARow) {
     TNumGridPrivate* D = Priv();
     if (ARow < 0 || ARow >= RowCount()) return;
     for (int C = D->FFixedCols; C < ColCount(); ++C)
-        D->Store.Cell(C, ARow).clear();
+        D->Store.Clear(C, ARow);
     D->CellsChanged();
 }
 
@@ -510,15 +615,24 @@ void TNumGrid::ResetTitles() {
     if (D->FFixedRows <= 0 || RowCount() == 0 || !D->FColumns) return;
     const int N = std::min(ColCount(), D->FColumns->Count());
     for (int C = 0; C < N; ++C)
-        D->Store.Cell(C, 0) = D->FColumns->Items(C)->TitleString();
+        D->Store.PutTitle(C, D->FColumns->Items(C)->TitleString());
     D->CellsChanged();
 }
 
-void TNumGrid::GridStringsChanged(QObject*) {
-    if (Priv()->Updating) return;
+void TNumGrid::GridStringsChanged(QObject* Sender) {
+    TNumGridPrivate* D = Priv();
+    if (D->Updating) return;
     ResetTitles();
-    CheckAllCells();
-    Priv()->CellsChanged();
+    // A column (or its title) that changed is checked alone; anything else checks every column
+    // whose cells or settings changed since its last check.
+    std::vector<int> Only;
+    if (auto* T = qobject_cast<TNumColTitle*>(Sender)) Sender = T->Column();
+    if (auto* Column = qobject_cast<TNumColumn*>(Sender); Column && Column->Grid() == this) {
+        if (Column->Index() < 0) return;
+        Only.push_back(Column->Index());
+    }
+    D->CheckColumns(Only, false);
+    D->CellsChanged();
 }
 
 void TNumGrid::BeginUpdate() {
@@ -544,12 +658,18 @@ void TNumGrid::SetColFormats(const QStringList& List) {
 // ---- checks --------------------------------------------------------------------------------------------
 
 bool TNumGrid::CheckCell(int ACol, int ARow) {
-    TNumColumn* Column = Priv()->FColumns->Items(ACol);
+    TNumGridPrivate* D = Priv();
+    TNumColumn* Column = D->FColumns->Items(ACol);
     if (!Column) return true;
     if (Column->Priv()->FStringCol || Column->Priv()->FOnExprCheckVariable) return true;
+    if (!D->Store.Contains(ACol, ARow)) return true;
     Extended V = 0.0L;
     // A read keeps text that holds no number (or nothing) as it was read (deliberate deviation 11).
-    if (Priv()->KeepReadTexts && !TryQX_StrToFloat(Cells(ACol, ARow), V)) return true;
+    if (D->KeepReadTexts) {
+        bool Ok = true;
+        D->RawValue(Column, ACol, ARow, Ok);
+        if (!Ok) return true;
+    }
     return GetValueFromCell(ACol, ARow, V, true);
 }
 
@@ -560,10 +680,31 @@ bool TNumGrid::CheckRow(int ARow) {
 }
 
 bool TNumGrid::CheckAllCells() {
-    // From row 1 whatever FixedRows is: a second title row is checked as data.
-    for (int R = 1; R < RowCount(); ++R)
-        if (!CheckRow(R)) return false;
-    return true;
+    // From row 1 whatever FixedRows is: a second title row is checked as data. Every cell, even of
+    // a column known to be checked: the host may have changed the unit tables or format settings.
+    return Priv()->CheckColumns({}, true);
+}
+
+void TNumGrid::SwitchUnitSystem(TUnitSystem AValue) {
+    TNumGridPrivate* D = Priv();
+    const bool Outer = D->Updating;
+    D->Updating = true;
+    TNumColumns* Cols = D->FColumns;
+    std::vector<int> Switched;
+    for (int C = 0; C < Cols->Count(); ++C) {
+        TNumColumn* Column = Cols->Items(C);
+        // A column already showing AValue is left as it is: neither rewritten nor checked.
+        if (Column->Priv()->HoldsValues() && !(Column->UnitSystemSet() && Column->UnitSystem() == AValue)) {
+            Column->SetUnitSystem(AValue);
+            Switched.push_back(C);
+        }
+    }
+    D->Updating = Outer;
+    if (Outer || Switched.empty()) return;
+    D->CatchUpView();
+    ResetTitles();
+    D->CheckColumns(Switched, false);
+    D->CellsChanged();
 }
 
 bool TNumGrid::CheckGrid() {
@@ -579,8 +720,13 @@ bool TNumGrid::HasChanged() {
     const TNumGridPrivate* D = Priv();
     if (!D->FHasCopy || static_cast<int>(D->FCopyRows.size()) != RowCount()) return true;
     // Exact texts, no numeric tolerance: 1.0 and 1.00 differ.
-    for (int R = 0; R < RowCount(); ++R)
-        if (D->FCopyRows[static_cast<size_t>(R)] != D->Store.Row(R)) return true;
+    for (int R = 0; R < RowCount(); ++R) {
+        const TCellRow& Copy = D->FCopyRows[static_cast<size_t>(R)];
+        const TCellRow& Now = D->Store.Row(R);
+        if (Copy.size() != Now.size()) return true;
+        for (size_t C = 0; C < Now.size(); ++C)
+            if (Copy[C].Text() != Now[C].Text()) return true;
+    }
     return false;
 }
 
@@ -597,15 +743,11 @@ void TNumGrid::RestoreCopyValue() {
     TNumGridPrivate* D = Priv();
     if (!D->FHasCopy) return;
     if (D->Undo) D->Undo->clear();
-    const std::vector<std::vector<QString>> Copy = D->FCopyRows;
+    const std::vector<TCellRow> Copy = D->FCopyRows;
     SetRowCount(static_cast<int>(Copy.size()));
     if (!Copy.empty()) SetColCount(static_cast<int>(Copy.front().size()));
-    for (int R = 0; R < RowCount(); ++R) {
-        auto& Row = D->Store.Row(R);
-        const auto& Saved = Copy[static_cast<size_t>(R)];
-        for (size_t C = 0; C < Row.size(); ++C)
-            Row[C] = C < Saved.size() ? Saved[C] : QString();
-    }
+    for (int R = 0; R < RowCount(); ++R)
+        D->Store.PutRow(R, Copy[static_cast<size_t>(R)]);
     D->Store.ClearObjects();
     D->CellsChanged();
 }
@@ -630,8 +772,10 @@ void TNumGrid::Assign(const QObject* Source) {
     if (Priv()->Undo) Priv()->Undo->clear();
     SetRowCount(S->RowCount());
     SetColCount(S->ColCount());
+    // Texts only: the other grid's columns may read them differently.
     for (int R = 0; R < RowCount(); ++R)
-        Priv()->Store.Row(R) = S->Priv()->Store.Row(R);
+        for (int C = 0; C < ColCount(); ++C)
+            Priv()->Store.Put(C, R, S->Priv()->Store.Cell(C, R));
     Priv()->CellsChanged();
     CheckAllCells();
 }

@@ -265,14 +265,14 @@ void TNumGrid::PasteFromClipboard() {
                     } else if (Column->StringCol() || Column->Priv()->FOnExprCheckVariable) {
                         SetCells(c, r, Field.toString());
                     } else if (const QStringView Trimmed = Field.trimmed(); !Trimmed.isEmpty()) {
-                        // Parsed in place: the number needs no copy of its own.
-                        auto V = static_cast<double>(
-                            QX_StrToFloat(QString::fromRawData(Trimmed.data(), Trimmed.size())));
-                        const double F = Column->NumericType() == ntParType
-                                             ? ParScaleOf(Column->ParType(), Column->UnitSystem())
-                                             : 1.0;
-                        V = (V * F - static_cast<double>(Column->ScaleOffset())) *
-                            static_cast<double>(Column->CustomScale());
+                        // The pasted text's own value, held beside its text (deliberate deviation
+                        // 4), parsed in place: the number needs no copy of its own.
+                        Extended V = QX_StrToFloat(QString::fromRawData(Trimmed.data(), Trimmed.size()));
+                        const auto F =
+                            Column->NumericType() == ntParType
+                                ? static_cast<Extended>(ParScaleOf(Column->ParType(), Column->UnitSystem()))
+                                : 1.0L;
+                        V = (V * F - Column->ScaleOffset()) * Column->CustomScale();
                         SetDValues(c, r, V);
                     }
                 }

@@ -153,14 +153,15 @@ QString TNumGrid::XmlRowText(int ARow) const {
     // so any ";" in it is dropped.
     const auto& Row = Priv()->Store.Row(ARow);
     qsizetype Length = Row.empty() ? 0 : static_cast<qsizetype>(Row.size()) - 1;
-    for (const QString& Cell : Row)
-        Length += Cell.size();
+    for (const TCell& Cell : Row)
+        Length += Cell.Text().size();
     QString S(Length, Qt::Uninitialized);
     QChar* Out = S.data();
     for (size_t C = 0; C < Row.size(); ++C) {
         if (C > 0) *Out++ = Delimiter;
-        const QChar* In = Row[C].constData();
-        for (const QChar* End = In + Row[C].size(); In != End; ++In)
+        const QString& Text = Row[C].Text();
+        const QChar* In = Text.constData();
+        for (const QChar* End = In + Text.size(); In != End; ++In)
             if (*In != Delimiter) *Out++ = *In;
     }
     S.truncate(Out - S.constData());
@@ -355,8 +356,8 @@ void TNumGrid::WriteStreamValue(TWriter& Writer) {
     for (int C = 0; C < ColCount(); ++C)
         Writer.WriteBoolean(Cols->Items(C) ? Cols->Items(C)->Priv()->FStringCol : false);
     for (int R = 0; R < RowCount(); ++R)
-        for (const QString& S : Priv()->Store.Row(R))
-            Writer.WriteString(S);
+        for (const TCell& Cell : Priv()->Store.Row(R))
+            Writer.WriteString(Cell.Text());
 }
 
 namespace {

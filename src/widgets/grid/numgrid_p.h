@@ -12,8 +12,14 @@ class QKeyEvent;
 class QPainter;
 class QUndoStack;
 
+namespace qxnum {
+class TNumColumnPrivate;
+}
+
 #include <algorithm>
+#include <cstring>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -28,26 +34,105 @@ inline bool GridSizeAllowed(qint64 Cols, qint64 Rows) {
            std::max<qint64>(Cols, 1) * std::max<qint64>(Rows, 1) <= TNumGrid::MaxCellCount();
 }
 
-// The cells: text per cell, row-major as a vector of rows, so that moving, inserting and deleting
-// rows moves row handles, not texts. The object slots are made only when a host sets one.
+// One cell: its text, and beside a numeric cell's text the base value that text was formatted
+// from or parsed to, valid while the text is unchanged (deliberate deviation 4). The value keeps the
+// significant bytes of an Extended only, so that a cell stays at 40 bytes on x86-64.
+class TCell {
+public:
+    TCell() = default;
+    TCell(const QString& Text) : FText(Text) {} // NOLINT: a text alone is a cell without a value
+
+    const QString& Text() const { return FText; }
+    bool HasValue() const { return FHasValue; }
+    Extended Value() const {
+        Extended V = 0.0L;
+        std::memcpy(&V, FValue, ValueBytes);
+        return V;
+    }
+
+    // A new text: its value is no longer known.
+    void SetText(const QString& Text) {
+        FText = Text;
+        if (FText.capacity() > FText.size() + 3) FText.squeeze();
+        FHasValue = false;
+    }
+    // A text formatted from Value, or Value parsed from the unchanged text.
+    void SetText(const QString& Text, Extended Value) {
+        SetText(Text);
+        SetValue(Value);
+    }
+    void SetValue(Extended Value) {
+        std::memcpy(FValue, &Value, ValueBytes);
+        FHasValue = true;
+    }
+    void Clear() {
+        FText.clear();
+        FHasValue = false;
+    }
+
+    // Same text and same value (undo compares rows with it); HasChanged compares texts only.
+    friend bool operator==(const TCell& A, const TCell& B) {
+        return A.FText == B.FText && A.FText.isNull() == B.FText.isNull() && A.FHasValue == B.FHasValue &&
+               (!A.FHasValue || std::memcmp(A.FValue, B.FValue, ValueBytes) == 0);
+    }
+
+private:
+    static constexpr size_t ValueBytes =
+        std::numeric_limits<Extended>::digits == 64 ? size_t(10) : sizeof(Extended);
+    QString FText;
+    unsigned char FValue[ValueBytes] = {};
+    bool FHasValue = false;
+};
+
+static_assert(sizeof(void*) != 8 || std::numeric_limits<Extended>::digits != 64 || sizeof(TCell) == 40,
+              "a cell is a text and 11 bytes");
+
+using TCellRow = std::vector<TCell>;
+
+// The cells, row-major as a vector of rows, so that moving, inserting and deleting rows moves row
+// handles, not texts. The object slots are made only when a host sets one. Each column has a
+// version that changes with any change of its cells (a row operation changes all of them), so
+// that what is derived from a column (its order for the table look-up, a finished check) knows
+// when it is stale.
 class TCellStore {
 public:
     int ColCount() const { return FColCount; }
     int RowCount() const { return static_cast<int>(FRows.size()); }
     bool Contains(int C, int R) const { return C >= 0 && R >= 0 && C < FColCount && R < RowCount(); }
 
-    const QString& Cell(int C, int R) const { return FRows[static_cast<size_t>(R)][static_cast<size_t>(C)]; }
-    QString& Cell(int C, int R) { return FRows[static_cast<size_t>(R)][static_cast<size_t>(C)]; }
-    const std::vector<QString>& Row(int R) const { return FRows[static_cast<size_t>(R)]; }
-    std::vector<QString>& Row(int R) { return FRows[static_cast<size_t>(R)]; }
+    const QString& Cell(int C, int R) const { return At(C, R).Text(); }
+    const TCell& At(int C, int R) const { return FRows[static_cast<size_t>(R)][static_cast<size_t>(C)]; }
+    const TCellRow& Row(int R) const { return FRows[static_cast<size_t>(R)]; }
 
-    // Stores a text without the spare capacity a formatter may have left in it: cells are many,
-    // and a formatted number typically carries twice its length.
-    static void Put(QString& Cell, const QString& Text) {
-        Cell = Text;
-        if (Cell.capacity() > Cell.size() + 3) Cell.squeeze();
+    // A new text (its value unknown), or a text with the value it stands for.
+    void Put(int C, int R, const QString& Text) {
+        Mut(C, R).SetText(Text);
+        Touch(C);
     }
-    void Put(int C, int R, const QString& Text) { Put(Cell(C, R), Text); }
+    void Put(int C, int R, const QString& Text, Extended Value) {
+        Mut(C, R).SetText(Text, Value);
+        Touch(C);
+    }
+    // A title in row 0: no data cell changes, so the column's version stays.
+    void PutTitle(int C, const QString& Text) {
+        if (Cell(C, 0) != Text || Cell(C, 0).isNull()) Mut(C, 0).SetText(Text);
+    }
+    // The value parsed from a cell's unchanged text: the column's contents do not change.
+    void Hold(int C, int R, Extended Value) { Mut(C, R).SetValue(Value); }
+    void Clear(int C, int R) {
+        Mut(C, R).Clear();
+        Touch(C);
+    }
+    void PutCell(int C, int R, const TCell& Cell) {
+        Mut(C, R) = Cell;
+        Touch(C);
+    }
+    // Replaces a whole row (cells beyond the row's width are empty).
+    void PutRow(int R, const TCellRow& Cells);
+
+    quint64 ColumnVersion(int C) const {
+        return C >= 0 && C < FColCount ? FVersions[static_cast<size_t>(C)] + FAllVersion : 0;
+    }
 
     QObject* Object(int C, int R) const {
         return FObjects.empty() ? nullptr : FObjects[static_cast<size_t>(R)][static_cast<size_t>(C)];
@@ -63,15 +148,21 @@ public:
     void MoveColumn(int From, int To);
     void DeleteRow(int R);
     // Replaces Remove rows from At by Insert (undo and redo); new object slots are empty.
-    void Splice(int At, int Remove, std::vector<std::vector<QString>> Insert);
+    void Splice(int At, int Remove, std::vector<TCellRow> Insert);
 
     // Heap bytes held by the store, for the benchmark of its footprint.
     size_t MemoryBytes() const;
 
 private:
+    TCell& Mut(int C, int R) { return FRows[static_cast<size_t>(R)][static_cast<size_t>(C)]; }
+    void Touch(int C) { ++FVersions[static_cast<size_t>(C)]; }
+    void TouchAll() { ++FAllVersion; }
+
     int FColCount = 0;
-    std::vector<std::vector<QString>> FRows;
+    std::vector<TCellRow> FRows;
     std::vector<std::vector<QObject*>> FObjects; // empty, or one slot per cell
+    std::vector<quint64> FVersions;              // per column
+    quint64 FAllVersion = 1;
 };
 
 // The view's own state (scroll, editor, selection, layout caches); defined in numgrid_view_p.h.
@@ -111,7 +202,7 @@ public:
     bool FRowCountFixed = false;
     bool FAutoAddRow = false;
     bool FInsertCopyRow = false;
-    std::vector<std::vector<QString>> FCopyRows;
+    std::vector<TCellRow> FCopyRows;
     bool FHasCopy = false;
     bool FAlwaysPasteFromLeftCol = false;
     bool FClearLastDelRow = false;
@@ -153,7 +244,7 @@ public:
     bool ApplyingUndo = false;
     QUndoStack* UndoStack() const;
     // Undo and redo: replaces Remove rows from First by Insert and makes Cell the current cell.
-    void ApplyUndo(int First, int Remove, const std::vector<std::vector<QString>>& Insert, QPoint Cell);
+    void ApplyUndo(int First, int Remove, const std::vector<TCellRow>& Insert, QPoint Cell);
     // The table's shape was changed outside a recorded step: the history no longer fits it.
     void ShapeChanged();
 
@@ -175,6 +266,18 @@ public:
     // A cell's value in base units, as GetDValues reads it but without its message and reformat:
     // text that is no number raises (the table look-up and the time row report for themselves).
     double QuietValue(int C, int R) const;
+    // A numeric cell's base value before its column's limits and hook: the value it holds, or its
+    // text read once and held from then on when it is a number (Ok false, 0, for text that is not).
+    Extended RawValue(TNumColumn* Column, int C, int R, bool& Ok);
+    // Writes a text formatted from Value, keeping Value beside it; reports the change when the text
+    // differs.
+    void PutValue(int C, int R, const QString& Text, Extended Value);
+    // Checks the data cells of the columns Only (every column when empty), row by row, skipping
+    // columns whose cells and settings have not changed since their last check unless Force; false
+    // at the first invalid cell (reported).
+    bool CheckColumns(const std::vector<int>& Only, bool Force);
+    bool ColumnChecked(const TNumColumnPrivate* P, int C) const;
+    void MarkChecked(TNumColumnPrivate* P, int C) const;
 
     static TNumGridPrivate* Of(TNumGrid* G) { return G->Priv(); }
 
@@ -250,7 +353,7 @@ private:
     TNumGridPrivate* D;
     bool Active = false;
     int First = 0, RowsBefore = 0, ColsBefore = 0, FixedBefore = 0, ColBefore = 0, RowBefore = 0;
-    std::vector<std::vector<QString>> Old;
+    std::vector<TCellRow> Old;
     const char* Text;
 };
 

@@ -11,7 +11,7 @@ namespace qxnum {
 
 namespace {
 
-using TRows = std::vector<std::vector<QString>>;
+using TRows = std::vector<TCellRow>;
 
 TRows TakeRows(const TCellStore& Store, int First, int Count) {
     TRows Rows;
@@ -62,8 +62,7 @@ private:
 
 } // namespace
 
-void TNumGridPrivate::ApplyUndo(int First, int Remove, const std::vector<std::vector<QString>>& Insert,
-                                QPoint Cell) {
+void TNumGridPrivate::ApplyUndo(int First, int Remove, const std::vector<TCellRow>& Insert, QPoint Cell) {
     const int OldRows = q->RowCount();
     if (First + Remove > OldRows) return; // cannot happen: shape changes clear the history
     ApplyingUndo = true;
