@@ -5,7 +5,10 @@
 //   baseline builds a pugixml document of the same shape from the same texts (rows joined with
 //   ";"), saves it to memory, parses it and splits the rows into cells again;
 // - stream: WritetoStream + ReadfromStream through a buffer; the baseline writes the same counts,
-//   flags and strings with QDataStream and reads them back into a vector.
+//   flags and strings with QDataStream and reads them back into a vector;
+// - wide unit switch: a 100,000 x 20 grid switched SI -> Imperial -> SI one column at a time,
+//   without an update bracket, as a host writes it naively; the baseline multiplies the same
+//   values held as doubles by the unit factor and prints each with to_chars, per switch.
 #include <qxnum/qxnum.h>
 
 #include <QBuffer>
@@ -91,6 +94,80 @@ void BM_GridUnitSwitch_Baseline(benchmark::State& State) {
     State.SetItemsProcessed(State.iterations() * 2 * DataRows * DataCols);
 }
 BENCHMARK(BM_GridUnitSwitch_Baseline)->Unit(benchmark::kMillisecond);
+
+constexpr int WideRows = 100000;
+constexpr int WideCols = 20; // the fixed column with the row numbers and 19 numeric ones
+
+TParType WideType(int C) {
+    return C % 2 ? ptPress : ptTemp;
+}
+
+long double WideValue(int C, int R) {
+    return (C % 2 ? 101325.0L : 288.15L) * (1.0L + 0.0000137L * R + 0.01L * C);
+}
+
+// Decimal places a column's standard picture always shows ("0.000##" -> 3).
+int PictureDecimals(TParType T, TUnitSystem U) {
+    const QString& F = ParFormatOf(T, U);
+    const qsizetype Dot = F.indexOf(QLatin1Char('.'));
+    return Dot < 0 ? 0 : static_cast<int>(F.mid(Dot + 1).count(QLatin1Char('0')));
+}
+
+void BM_GridUnitSwitchWide(benchmark::State& State) {
+    NumInpFormatSettings = TFormatSettings::Invariant();
+    auto Grid = std::make_unique<TNumGrid>();
+    Grid->BeginUpdate();
+    Grid->SetColCount(WideCols);
+    Grid->SetRowCount(WideRows + 1);
+    for (int C = 1; C < WideCols; ++C) {
+        Grid->Columns()->Items(C)->SetParType(WideType(C));
+        Grid->Columns()->Items(C)->SetUnitSystem(usSI);
+    }
+    for (int R = 1; R <= WideRows; ++R) {
+        Grid->SetCells(0, R, QString::number(R));
+        for (int C = 1; C < WideCols; ++C)
+            Grid->SetDValues(C, R, WideValue(C, R));
+    }
+    Grid->EndUpdate();
+    for (auto _ : State) {
+        for (const TUnitSystem U : {usImperial, usSI})
+            for (int C = 1; C < WideCols; ++C)
+                Grid->Columns()->Items(C)->SetUnitSystem(U);
+    }
+    State.SetItemsProcessed(State.iterations() * 2 * WideRows * (WideCols - 1));
+}
+BENCHMARK(BM_GridUnitSwitchWide)->Unit(benchmark::kMillisecond);
+
+void BM_GridUnitSwitchWide_Baseline(benchmark::State& State) {
+    const size_t Cells = static_cast<size_t>(WideRows) * (WideCols - 1);
+    std::vector<double> Values(Cells);
+    std::vector<std::string> Texts(Cells);
+    for (int R = 1; R <= WideRows; ++R)
+        for (int C = 1; C < WideCols; ++C)
+            Values[static_cast<size_t>(R - 1) * (WideCols - 1) + static_cast<size_t>(C - 1)] =
+                static_cast<double>(WideValue(C, R));
+    char Buf[64];
+    for (auto _ : State) {
+        for (const TUnitSystem U : {usImperial, usSI}) {
+            double Factor[WideCols];
+            int Decimals[WideCols];
+            for (int C = 1; C < WideCols; ++C) {
+                Factor[C] = 1.0 / ParScaleOf(WideType(C), U);
+                Decimals[C] = PictureDecimals(WideType(C), U);
+            }
+            size_t I = 0;
+            for (int R = 1; R <= WideRows; ++R)
+                for (int C = 1; C < WideCols; ++C, ++I) {
+                    const auto End = std::to_chars(Buf, Buf + sizeof Buf, Values[I] * Factor[C],
+                                                   std::chars_format::fixed, Decimals[C]);
+                    Texts[I].assign(Buf, End.ptr);
+                }
+        }
+        benchmark::DoNotOptimize(Texts.data());
+    }
+    State.SetItemsProcessed(State.iterations() * 2 * WideRows * (WideCols - 1));
+}
+BENCHMARK(BM_GridUnitSwitchWide_Baseline)->Unit(benchmark::kMillisecond);
 
 void BM_GridXmlRoundTrip(benchmark::State& State) {
     auto Grid = MakeGrid();

@@ -2,7 +2,9 @@
 // - paste: 10,000 rows x 10 numeric columns of TAB / CR LF text through PasteFromClipboard (the
 //   question answered No by the message handler, so the rows go below the first data row), into
 //   columns of pressures, temperatures and mass flows; the baseline splits the same text at the
-//   same delimiters and parses each field with from_chars into a vector;
+//   same delimiters and parses each field with from_chars into a vector; a second baseline
+//   (ParseFormat) also prints each parsed field with to_chars in its column's decimals, the
+//   paste's unavoidable work;
 // - look-up: 100,000 GetInterpPars + GetInterpVal in a 1,000-row table; the baseline is
 //   std::upper_bound and the linear formula on two vectors of doubles.
 #include <qxnum/qxnum.h>
@@ -92,6 +94,46 @@ void BM_GridPaste_Baseline(benchmark::State& State) {
     }
 }
 BENCHMARK(BM_GridPaste_Baseline)->Unit(benchmark::kMillisecond);
+
+void BM_GridPaste_ParseFormat(benchmark::State& State) {
+    NumInpFormatSettings = TFormatSettings::Invariant();
+    FormatSettings = TFormatSettings::Invariant();
+    const std::string Text = PasteText().toStdString();
+    // Decimal places each target column's picture always shows ("0.000##" -> 3).
+    int Decimals[PasteCols];
+    {
+        auto Grid = PasteTarget();
+        for (int C = 0; C < PasteCols; ++C) {
+            const TNumColumn* Col = Grid->Columns()->Items(C + 1);
+            const QString& F = ParFormatOf(Col->ParType(), Col->UnitSystem());
+            const qsizetype Dot = F.indexOf(QLatin1Char('.'));
+            Decimals[C] = Dot < 0 ? 0 : static_cast<int>(F.mid(Dot + 1).count(QLatin1Char('0')));
+        }
+    }
+    std::vector<std::string> Cells(static_cast<size_t>(PasteRows) * PasteCols);
+    char Buf[64];
+    for (auto _ : State) {
+        const char* P = Text.data();
+        const char* End = P + Text.size();
+        size_t I = 0;
+        while (P < End) {
+            while (P < End && (*P == '\t' || *P == '\r' || *P == '\n' || *P == ' ' || *P == ';'))
+                ++P;
+            const char* Start = P;
+            while (P < End && !(*P == '\t' || *P == '\r' || *P == '\n' || *P == ' ' || *P == ';'))
+                ++P;
+            if (P == Start || I >= Cells.size()) continue;
+            double V = 0.0;
+            std::from_chars(Start, P, V);
+            const auto Out =
+                std::to_chars(Buf, Buf + sizeof Buf, V, std::chars_format::fixed, Decimals[I % PasteCols]);
+            Cells[I++].assign(Buf, Out.ptr);
+        }
+        benchmark::DoNotOptimize(Cells.data());
+        if (I != Cells.size()) State.SkipWithError("wrong count");
+    }
+}
+BENCHMARK(BM_GridPaste_ParseFormat)->Unit(benchmark::kMillisecond);
 
 constexpr int TableRows = 1000;
 constexpr int Lookups = 100000;

@@ -5,6 +5,7 @@
 #include "textcodec.h"
 #include "tr_p.h"
 
+#include <array>
 #include <charconv>
 #include <climits>
 #include <cmath>
@@ -39,29 +40,6 @@ void AppendCharRef(std::string& Out, unsigned C) {
     Out += "&#";
     Out += std::to_string(C);
     Out += ';';
-}
-
-// What XML 1.0 cannot carry (U+0000, lone surrogates, U+FFFE, U+FFFF) becomes U+FFFD.
-QString XmlCharacters(const QString& Value) {
-    const qsizetype N = Value.size();
-    const QChar* U = Value.constData();
-    QString Out;
-    for (qsizetype I = 0; I < N; ++I) {
-        const char16_t C = U[I].unicode();
-        bool Bad = C == 0 || C == 0xFFFE || C == 0xFFFF;
-        if (QChar::isHighSurrogate(C)) {
-            if (I + 1 < N && U[I + 1].isLowSurrogate())
-                ++I;
-            else
-                Bad = true;
-        } else if (QChar::isLowSurrogate(C)) {
-            Bad = true;
-        }
-        if (!Bad) continue;
-        if (Out.isNull()) Out = Value;
-        Out[I] = QChar::ReplacementCharacter;
-    }
-    return Out.isNull() ? Value : Out;
 }
 
 void AppendUtf8(std::string& Out, char32_t C) {
@@ -130,11 +108,9 @@ std::size_t DecodeReference(std::string_view S, std::string& Out) {
 }
 
 bool NeedsDecoding(std::string_view Raw, TDecode Mode) {
-    for (const char C : Raw) {
-        if (C == '\r' || (C == '&' && Mode != dCData) || (Mode == dAttribute && (C == '\n' || C == '\t')))
-            return true;
-    }
-    return false;
+    // memchr per character of interest: row texts of a large grid are long and need none.
+    const auto Has = [Raw](char C) { return !Raw.empty() && std::memchr(Raw.data(), C, Raw.size()); };
+    return Has('\r') || (Mode != dCData && Has('&')) || (Mode == dAttribute && (Has('\n') || Has('\t')));
 }
 
 // Trimmed ASCII text, or empty when the text holds anything else (which no number does).
@@ -172,49 +148,84 @@ QString FromUtf8(std::string_view S) {
 std::string CheckedName(const QString& Name) {
     if (!IsXmlName(Name))
         throw EXmlError(detail::Tr("qxnum::TXmlNode", "\"%1\" is not a valid XML name").arg(Name), 0, 0);
-    return Utf8(Name);
+    // Names are nearly always ASCII (a grid writes one per row): narrowed without a UTF-8 copy.
+    std::string Out(static_cast<std::size_t>(Name.size()), '\0');
+    for (qsizetype I = 0; I < Name.size(); ++I) {
+        const char16_t C = Name[I].unicode();
+        if (C >= 0x80) return Utf8(Name);
+        Out[static_cast<std::size_t>(I)] = static_cast<char>(C);
+    }
+    return Out;
 }
 
+// Printable ASCII that stands for itself in text and attribute values alike.
+constexpr auto PlainAscii = [] {
+    std::array<bool, 128> T{};
+    for (char16_t C = 0x20; C < 0x80; ++C)
+        T[C] = C != '&' && C != '<' && C != '>' && C != '"';
+    return T;
+}();
+
 std::string Escape(const QString& Value, bool Attribute) {
-    const QByteArray B = XmlCharacters(Value).toUtf8();
-    std::string Out;
-    Out.reserve(static_cast<std::size_t>(B.size()) + 8);
-    for (const char Ch : B) {
-        const auto C = static_cast<unsigned char>(Ch);
+    const auto N = static_cast<std::size_t>(Value.size());
+    const char16_t* U = reinterpret_cast<const char16_t*>(Value.utf16());
+    // Most values (numbers, names, row texts) are plain ASCII: narrowed as they are checked, with
+    // no UTF-8 conversion of their own; the rest goes on from the first character that is not.
+    std::string Out(N, '\0');
+    char* D = Out.data();
+    std::size_t I = 0;
+    for (; I < N; ++I) {
+        const char16_t C = U[I];
+        if (C >= 0x80 || !PlainAscii[C]) break;
+        D[I] = static_cast<char>(C);
+    }
+    if (I == N) return Out;
+    Out.resize(I);
+    Out.reserve(N + N / 4 + 8);
+    for (; I < N; ++I) {
+        const char16_t C = U[I];
         switch (C) {
         case '&':
             Out += "&amp;";
-            break;
+            continue;
         case '<':
             Out += "&lt;";
-            break;
+            continue;
         case '>':
             Out += "&gt;";
-            break;
+            continue;
         case '"':
             if (Attribute)
                 Out += "&quot;";
             else
                 Out += '"';
-            break;
+            continue;
         case '\t':
         case '\n':
             if (Attribute)
                 AppendCharRef(Out, C);
             else
-                Out += Ch;
-            break;
+                Out += static_cast<char>(C);
+            continue;
         case '\r':
             // A literal one would become a line feed when read.
             AppendCharRef(Out, C);
-            break;
+            continue;
         default:
-            // Other controls are no XML characters, not even as references.
-            if (C < 0x20)
-                Out += "\xEF\xBF\xBD";
-            else
-                Out += Ch;
+            break;
         }
+        char32_t Code = C;
+        // What XML 1.0 cannot carry (the other controls, U+0000 included, lone surrogates, U+FFFE,
+        // U+FFFF) becomes U+FFFD; controls are no XML characters, not even as references.
+        if (C < 0x20 || C == 0xFFFE || C == 0xFFFF || QChar::isLowSurrogate(C)) {
+            Code = QChar::ReplacementCharacter;
+        } else if (QChar::isHighSurrogate(C)) {
+            if (I + 1 < N && QChar::isLowSurrogate(U[I + 1]))
+                Code = QChar::surrogateToUcs4(C, U[++I]);
+            else
+                Code = QChar::ReplacementCharacter;
+        }
+        AppendUtf8(Out, Code);
     }
     return Out;
 }

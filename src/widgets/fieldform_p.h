@@ -8,50 +8,71 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include <utility>
+#include <vector>
+
 namespace qxnum {
 
 class TFieldFramePrivate {};
 
 // FindComponent over one owner's components in constant time (exact name first, then ignoring
 // case): a read looks up the name of every record, and a walk per look-up would make reading a
-// large form quadratic.
+// large form quadratic. The case-folded index is made only when an exact look-up first misses
+// (a file written by the form itself never needs it), from the names as they were at the start.
 class TComponentIndex {
 public:
     explicit TComponentIndex(QObject* Owner) {
         for (QObject* C : ComponentsOf(Owner)) {
-            const QString Name = C->objectName();
+            QString Name = C->objectName();
             if (Name.isEmpty()) continue;
             // The first of equal names wins, as in FindComponent.
             if (!Exact.contains(Name)) Exact.insert(Name, C);
-            const QString Key = Name.toCaseFolded();
-            if (!Folded.contains(Key)) Folded.insert(Key, C);
+            Named.emplace_back(std::move(Name), C);
         }
     }
     QObject* Find(const QString& Name) const {
         if (Name.isEmpty()) return nullptr;
         if (QObject* C = Exact.value(Name)) return C;
+        if (!FoldedMade) {
+            for (const auto& [N, C] : Named) {
+                const QString Key = N.toCaseFolded();
+                if (!Folded.contains(Key)) Folded.insert(Key, C);
+            }
+            FoldedMade = true;
+        }
         return Folded.value(Name.toCaseFolded());
     }
 
 private:
-    QHash<QString, QObject*> Exact, Folded;
+    QHash<QString, QObject*> Exact;
+    std::vector<std::pair<QString, QObject*>> Named;
+    mutable QHash<QString, QObject*> Folded;
+    mutable bool FoldedMade = false;
 };
 
 // The fields of one owner by their ID string (GetIDstring), for the look-up that follows a failed
-// search by object name. The first of equal IDs wins.
+// search by object name. The first of equal IDs wins. Made on the first look-up: a file whose
+// records all carry object names never needs it.
 class TFieldIdIndex {
 public:
-    explicit TFieldIdIndex(QObject* Owner) {
-        for (QObject* C : ComponentsOf(Owner))
-            if (INumFld* F = Supports(C)) {
-                const QString ID = F->GetIDstring();
-                if (!ID.isEmpty() && !Ids.contains(ID)) Ids.insert(ID, C);
-            }
+    explicit TFieldIdIndex(QObject* AOwner) : Owner(AOwner) {}
+    QObject* Find(const QString& ID) const {
+        if (ID.isEmpty()) return nullptr;
+        if (!Made) {
+            for (QObject* C : ComponentsOf(Owner))
+                if (INumFld* F = Supports(C)) {
+                    const QString FieldID = F->GetIDstring();
+                    if (!FieldID.isEmpty() && !Ids.contains(FieldID)) Ids.insert(FieldID, C);
+                }
+            Made = true;
+        }
+        return Ids.value(ID);
     }
-    QObject* Find(const QString& ID) const { return ID.isEmpty() ? nullptr : Ids.value(ID); }
 
 private:
-    QHash<QString, QObject*> Ids;
+    QObject* Owner;
+    mutable QHash<QString, QObject*> Ids;
+    mutable bool Made = false;
 };
 
 // Writes one field's element; Elements (the node's "INumFld" children by ID) replaces the search

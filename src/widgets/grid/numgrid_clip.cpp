@@ -175,7 +175,9 @@ void TNumGrid::PasteFromClipboard() {
     bool Ended = false; // reached the end normally: AfterPaste is called
     // One undo step, to the end of the refresh (its checks may reformat what was pasted).
     std::optional<TGridUndoStep> Step;
-    QString Field;
+    // The clipboard text, and the field being pasted as a view of it (quoted when it fails).
+    QString S;
+    QStringView Field;
     try {
         if (D->View->EditorOpen) {
             // The editor takes the text itself; a numeric column takes it back if it is no number.
@@ -219,7 +221,7 @@ void TNumGrid::PasteFromClipboard() {
             default:
                 throw TPasteCancelled();
             }
-            const QString S = QGuiApplication::clipboard()->text();
+            S = QGuiApplication::clipboard()->text();
             const int L = static_cast<int>(S.size());
             auto At = [&S](int Pos) { return S.at(Pos - 1); }; // positions 1..L
             Step.emplace(D, std::max(StartRow, D->FFixedRows), -1, "Paste");
@@ -240,7 +242,7 @@ void TNumGrid::PasteFromClipboard() {
                         if (i < L && r > RowCount() - 1) {
                             InsertRow(r);
                             TNumColumn* First = D->FColumns->Items(StartCol);
-                            if (First && !First->StringCol() && !First->OnExprCheckVariable())
+                            if (First && !First->StringCol() && !First->Priv()->FOnExprCheckVariable)
                                 SetDValues(StartCol, r, 0.0L);
                             else
                                 SetCells(StartCol, r, QString());
@@ -255,16 +257,17 @@ void TNumGrid::PasteFromClipboard() {
                     ++j;
                 } while (j < L && !IsDelimiter(At(j)));
                 // The scan stops at L: a last field without a line end loses its last character.
-                Field = i <= L ? S.mid(i - 1, j - i) : QString();
+                Field = i <= L ? QStringView(S).mid(i - 1, j - i) : QStringView();
                 if (r >= D->FFixedRows) {
                     TNumColumn* Column = D->FColumns->Items(c);
                     if (!Column) throw std::out_of_range("column");
                     if (Column->ReadOnly()) {
-                    } else if (Column->StringCol() || Column->OnExprCheckVariable()) {
-                        SetCells(c, r, Field);
-                    } else if (const QString Trimmed = Field.trimmed(); !Trimmed.isEmpty()) {
-                        // The pasted text's own value, held beside its text (deliberate deviation 4).
-                        Extended V = QX_StrToFloat(Trimmed);
+                    } else if (Column->StringCol() || Column->Priv()->FOnExprCheckVariable) {
+                        SetCells(c, r, Field.toString());
+                    } else if (const QStringView Trimmed = Field.trimmed(); !Trimmed.isEmpty()) {
+                        // The pasted text's own value, held beside its text (deliberate deviation
+                        // 4), parsed in place: the number needs no copy of its own.
+                        Extended V = QX_StrToFloat(QString::fromRawData(Trimmed.data(), Trimmed.size()));
                         const auto F =
                             Column->NumericType() == ntParType
                                 ? static_cast<Extended>(ParScaleOf(Column->ParType(), Column->UnitSystem()))
@@ -291,7 +294,7 @@ void TNumGrid::PasteFromClipboard() {
     } catch (const TPasteCancelled&) {
     } catch (const std::exception&) {
         MessageDlg(QString::asprintf("Error encountered pasting string \"%s\" into grid at col %d, row %d",
-                                     qUtf8Printable(Field), c, r),
+                                     qUtf8Printable(Field.toString()), c, r),
                    mtError, mbOK);
     }
     if (Ended && D->FAfterPaste) D->FAfterPaste(this, Widest, r - 1, OldCol, OldRow);

@@ -36,9 +36,21 @@ bool IsIntegerTag(TValueType T) {
     return T == vaInt8 || T == vaInt16 || T == vaInt32 || T == vaInt64;
 }
 
-// "Row" + the index padded with "0" to the digits of the row count.
+// "Row" + the index padded with "0" to the digits of the row count (written once per row: by hand,
+// without QString::arg's parsing of the pattern).
 QString RowName(int Row, int Width) {
-    return QStringLiteral("Row%1").arg(Row, Width, 10, QLatin1Char('0'));
+    char Digits[16];
+    int N = 0;
+    for (unsigned V = static_cast<unsigned>(Row); N == 0 || V > 0; V /= 10)
+        Digits[N++] = static_cast<char>('0' + V % 10);
+    QString S(3 + std::max(N, Width), QLatin1Char('0'));
+    QChar* Out = S.data();
+    Out[0] = QLatin1Char('R');
+    Out[1] = QLatin1Char('o');
+    Out[2] = QLatin1Char('w');
+    for (int I = 0; I < N; ++I)
+        Out[S.size() - 1 - I] = QLatin1Char(Digits[I]);
+    return S;
 }
 
 // Entries of a "Cols" list: an empty text has none (a grid without columns writes it so).
@@ -298,22 +310,27 @@ TFieldBase::TApplyValue TNumGrid::ReadXmlValue(TXmlNode Node) {
                 if (I < Props->StringCols.size()) P->FStringCol = Props->StringCols[I] != 0;
             }
             bool Titles = false;
+            const int CellCols = ColCount();
             for (const TRowText& T : *RowTexts) {
                 const bool Data = T.Row >= GD->FFixedRows;
                 if (!Data && !(T.Row == 0 && GD->FReadColTitlesFromStream)) continue;
-                // Data entries are stored as they stand; only the title row turns the characters
-                // of a line-break reference back into the line break (before the split, since
-                // they hold the delimiter).
+                // Data entries are stored as they stand, each cut straight out of the row text;
+                // only the title row turns the characters of a line-break reference back into
+                // the line break (before the split, since they hold the delimiter).
                 const QString Title = Data ? QString() : QString(T.Text).replace(LineBreakRef, LineBreak);
-                const QStringView Text(Data ? T.Text : Title);
-                qsizetype Start = 0;
-                for (int C = 0; C < ColCount(); ++C) {
+                const QString& Text = Data ? T.Text : Title;
+                const QChar* P = Text.constData();
+                const QChar* const End = P + Text.size();
+                bool More = true; // an entry follows (an empty text holds one empty entry)
+                for (int C = 0; C < CellCols; ++C) {
                     QString Entry;
-                    if (Start <= Text.size()) {
-                        qsizetype End = Text.indexOf(Delimiter, Start);
-                        if (End < 0) End = Text.size();
-                        Entry = Text.mid(Start, End - Start).toString();
-                        Start = End + 1;
+                    if (More) {
+                        const QChar* E = P;
+                        while (E != End && *E != Delimiter)
+                            ++E;
+                        Entry = QString(P, E - P);
+                        More = E != End;
+                        P = E + 1;
                     }
                     if (Data) {
                         GD->Store.Put(C, T.Row, Entry);
@@ -407,14 +424,13 @@ TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
 
     // Cells in row order; title rows are read and dropped, or not read at all when the titles come
     // from the grid itself.
-    auto Cells = std::make_shared<std::vector<std::vector<QString>>>();
-    Cells->resize(static_cast<size_t>(std::max(FillRows - Fixed, 0)));
+    // One block of FillCols texts per data row.
+    auto Cells = std::make_shared<std::vector<QString>>();
+    Cells->reserve(static_cast<size_t>(std::max(FillRows - Fixed, 0)) * static_cast<size_t>(FillCols));
     for (int R = 0; R < FillRows; ++R) {
         if (R >= Fixed) {
-            auto& Row = (*Cells)[static_cast<size_t>(R - Fixed)];
-            Row.reserve(static_cast<size_t>(FillCols));
             for (int C = 0; C < FillCols; ++C)
-                Row.push_back(Reader.ReadString());
+                Cells->push_back(Reader.ReadString());
         } else if (!D->FReadColTitlesFromStream) {
             for (int C = 0; C < FillCols; ++C)
                 Reader.ReadString();
@@ -450,11 +466,12 @@ TFieldBase::TApplyValue TNumGrid::ReadStreamValue(TReader& Reader) {
                 for (int C = 0; C < std::min(static_cast<int>(Strings->size()), Described); ++C)
                     Columns->Items(C)->Priv()->FStringCol = (*Strings)[static_cast<size_t>(C)];
             }
+            const int PutCols = std::min(FillCols, ColCount());
             for (size_t I = 0; I < Texts->size(); ++I) {
-                const int R = Fixed + static_cast<int>(I);
-                const auto& In = (*Texts)[I];
-                for (size_t C = 0; C < In.size() && C < static_cast<size_t>(ColCount()); ++C)
-                    GD->Store.Put(static_cast<int>(C), R, In[C]);
+                const int C = static_cast<int>(I % static_cast<size_t>(FillCols));
+                if (C < PutCols)
+                    GD->Store.Put(C, Fixed + static_cast<int>(I / static_cast<size_t>(FillCols)),
+                                  (*Texts)[I]);
             }
             for (int C = 0; C < Captions.size(); ++C)
                 Columns->Items(C)->Title()->d->FCaption = Captions[C];
