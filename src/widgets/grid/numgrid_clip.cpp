@@ -1,6 +1,7 @@
 // The grid's clipboard: paste of delimited text, copy of every cell, and the text table export.
 #include "numcolumn_p.h"
 #include "numgrid_view_p.h"
+#include "numgridmodel_p.h"
 
 #include <qxnum/dialogs.h>
 #include <qxnum/numconv.h>
@@ -172,7 +173,8 @@ void TNumGrid::PasteFromClipboard() {
     BeginUpdate();
     const int OldCol = Col(), OldRow = Row();
     int c = 0, r = 0, Widest = 0;
-    bool Ended = false; // reached the end normally: AfterPaste is called
+    bool Ended = false;     // reached the end normally: AfterPaste is called
+    bool Cancelled = false; // the question was answered Cancel
     // One undo step, to the end of the refresh (its checks may reformat what was pasted).
     std::optional<TGridUndoStep> Step;
     // The clipboard text, and the field being pasted as a view of it (quoted when it fails).
@@ -292,13 +294,21 @@ void TNumGrid::PasteFromClipboard() {
             Ended = true;
         }
     } catch (const TPasteCancelled&) {
+        Cancelled = true;
     } catch (const std::exception&) {
         MessageDlg(QString::asprintf("Error encountered pasting string \"%s\" into grid at col %d, row %d",
                                      qUtf8Printable(Field.toString()), c, r),
                    mtError, mbOK);
     }
     if (Ended && D->FAfterPaste) D->FAfterPaste(this, Widest, r - 1, OldCol, OldRow);
-    EndUpdate();
+    if (Cancelled) {
+        // Nothing was pasted: no refresh either, which could reformat cells outside any undo step.
+        const TModelHold Hold(D);
+        D->Updating = false;
+        D->CatchUpView();
+    } else {
+        EndUpdate();
+    }
     Step.reset();
     D->FAllowDataDialog = SavedAllowDataDialog;
     QGuiApplication::restoreOverrideCursor();
