@@ -184,6 +184,18 @@ private:
     quint64 FAllVersion = 1;
 };
 
+// A column's alignment as the grid draws it (vertically centred), for the view and the model.
+inline Qt::Alignment ToQtAlignment(TAlignment A) {
+    switch (A) {
+    case taRightJustify:
+        return Qt::AlignRight | Qt::AlignVCenter;
+    case taCenter:
+        return Qt::AlignHCenter | Qt::AlignVCenter;
+    default:
+        return Qt::AlignLeft | Qt::AlignVCenter;
+    }
+}
+
 // The view's own state (scroll, editor, selection, layout caches); defined in numgrid_view_p.h.
 struct TGridViewState;
 struct TGridViewStateDeleter {
@@ -339,6 +351,8 @@ public:
     }
 
     static TNumGridPrivate* Of(TNumGrid* G) { return G->Priv(); }
+    // A column's state, for the grid's companions (the column lets the grid's state in).
+    static TNumColumnPrivate* Of(const TNumColumn* C) { return C->Priv(); }
 
     // The Qt item model face (numgridmodel.cpp), made on first use: without it the notifications
     // below cost one test each.

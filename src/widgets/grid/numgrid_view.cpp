@@ -36,17 +36,6 @@ QString DisplayText(const QString& S) {
     return T.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
 }
 
-Qt::Alignment ToQt(TAlignment A) {
-    switch (A) {
-    case taRightJustify:
-        return Qt::AlignRight | Qt::AlignVCenter;
-    case taCenter:
-        return Qt::AlignHCenter | Qt::AlignVCenter;
-    default:
-        return Qt::AlignLeft | Qt::AlignVCenter;
-    }
-}
-
 } // namespace
 
 void TGridViewStateDeleter::operator()(TGridViewState* S) const {
@@ -367,7 +356,7 @@ void TNumGridPrivate::OpenEditor(const QString* Initial) {
     QString Text = Store.Cell(FCol, FRow);
     if (FOnGetCellText) FOnGetCellText(q, FCol, FRow, Text);
     S.Editor->setFont(Column ? Column->Font() : q->font());
-    S.Editor->setAlignment(Column ? ToQt(Column->Alignment()) : Qt::AlignLeft);
+    S.Editor->setAlignment(Column ? ToQtAlignment(Column->Alignment()) : Qt::AlignLeft);
     S.Editor->setText(Text);
     S.EditorOpen = true;
     PlaceEditor();
@@ -801,8 +790,9 @@ void TNumGridPrivate::PaintCell(QPainter& P, int C, int R, const QRect& Rect) {
             q->style()->drawControl(QStyle::CE_HeaderSection, &Opt, &P, q);
         P.setFont(R < FFixedRows ? FTitleFont : q->font());
         P.setPen(Pal.color(QPalette::ButtonText));
-        const Qt::Alignment A = R == 0 && R < FFixedRows && Column ? ToQt(Column->Title()->Alignment())
-                                                                   : Qt::AlignLeft | Qt::AlignVCenter;
+        const Qt::Alignment A = R == 0 && R < FFixedRows && Column
+                                    ? ToQtAlignment(Column->Title()->Alignment())
+                                    : Qt::AlignLeft | Qt::AlignVCenter;
         P.drawText(Rect.adjusted(CellMargin, 1, -CellMargin, -1), static_cast<int>(A), DisplayText(Text));
         return;
     }
@@ -849,7 +839,8 @@ void TNumGridPrivate::PaintCell(QPainter& P, int C, int R, const QRect& Rect) {
     } else if (!Text.isEmpty()) {
         P.setFont(Column ? Column->Font() : q->font());
         P.setPen(Fore);
-        const Qt::Alignment A = Column ? ToQt(Column->Alignment()) : Qt::AlignLeft | Qt::AlignVCenter;
+        const Qt::Alignment A =
+            Column ? ToQtAlignment(Column->Alignment()) : Qt::AlignLeft | Qt::AlignVCenter;
         const QRect TextRect = Rect.adjusted(CellMargin, 0, -CellMargin, 0);
         P.drawText(TextRect, static_cast<int>(A),
                    P.fontMetrics().elidedText(DisplayText(Text), Qt::ElideRight, TextRect.width()));

@@ -14,31 +14,14 @@ namespace qxnum {
 
 namespace {
 
-// A column's reading clamps to its limits only when they are further apart than this.
-constexpr Extended LimitTolerance = 1e-14L;
-
-// The unit system's factor of a column: display units times it are the column's own units.
-Extended UnitFactor(const TNumColumn* Column) {
-    return Column->NumericType() == ntParType ? ParScaleOf(Column->ParType(), Column->UnitSystem()) : 1.0L;
-}
-
 // Between the units a cell shows and base units, as the column formats and reads its texts.
 Extended BaseOf(const TNumColumn* Column, Extended Shown) {
-    return (Shown * UnitFactor(Column) - Column->ScaleOffset()) * Column->CustomScale();
+    return ScaledToUnScaled(Shown, Column->NumericType() == ntParType ? Column->ParType() : ptNone,
+                            Column->UnitSystem(), Column->CustomScale(), Column->ScaleOffset());
 }
 Extended ShownOf(const TNumColumn* Column, Extended Base) {
-    return (Base / Column->CustomScale() + Column->ScaleOffset()) / UnitFactor(Column);
-}
-
-Qt::Alignment ToQt(TAlignment A) {
-    switch (A) {
-    case taRightJustify:
-        return Qt::AlignRight | Qt::AlignVCenter;
-    case taCenter:
-        return Qt::AlignHCenter | Qt::AlignVCenter;
-    default:
-        return Qt::AlignLeft | Qt::AlignVCenter;
-    }
+    return UnScaledToScaled(Base, Column->NumericType() == ntParType ? Column->ParType() : ptNone,
+                            Column->UnitSystem(), Column->CustomScale(), Column->ScaleOffset());
 }
 
 bool IsText(const QVariant& V) {
@@ -316,7 +299,7 @@ QVariant TNumGridModel::data(const QModelIndex& Index, int Role) const {
         return TNumGrid::StringCheckedStatus(Store.Cell(C, R)) ? Qt::Checked : Qt::Unchecked;
     case Qt::TextAlignmentRole:
         if (!Column) return {};
-        return QVariant::fromValue(ToQt(Column->Alignment()));
+        return QVariant::fromValue(ToQtAlignment(Column->Alignment()));
     default:
         return {};
     }
@@ -332,7 +315,8 @@ QVariant TNumGridModel::headerData(int Section, Qt::Orientation Orientation, int
     if (!Column) return {};
     if (Role == Qt::DisplayRole)
         return Column->TitleString().replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    if (Role == Qt::TextAlignmentRole) return QVariant::fromValue(ToQt(Column->Title()->Alignment()));
+    if (Role == Qt::TextAlignmentRole)
+        return QVariant::fromValue(ToQtAlignment(Column->Title()->Alignment()));
     return {};
 }
 
@@ -412,8 +396,7 @@ bool TNumGridModelPrivate::SetCell(int C, int R, const QVariant& Value, int Role
             if (!std::isfinite(V)) return false;
             if (!Base) V = BaseOf(Column, V);
             // Clamped as the grid's checks clamp a typed number, then formatted as they reformat it.
-            if (Column->Max() - Column->Min() > LimitTolerance)
-                V = std::clamp(V, Column->Min(), Column->Max());
+            TNumGridPrivate::Of(Column)->Clamp(V);
             Number = V;
             Text = Column->GetValueString(R, V, true);
         }
