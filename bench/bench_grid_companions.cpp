@@ -71,24 +71,33 @@ void BM_GridPaste(benchmark::State& State) {
 }
 BENCHMARK(BM_GridPaste)->Unit(benchmark::kMillisecond);
 
+// Calls Field(start, end) for each field of clipboard text delimited as the paste reads it.
+template <typename F> void ForEachField(const std::string& Text, F&& Field) {
+    const auto Delimiter = [](char Ch) {
+        return Ch == '\t' || Ch == '\r' || Ch == '\n' || Ch == ' ' || Ch == ';';
+    };
+    const char* P = Text.data();
+    const char* End = P + Text.size();
+    while (P < End) {
+        while (P < End && Delimiter(*P))
+            ++P;
+        const char* Start = P;
+        while (P < End && !Delimiter(*P))
+            ++P;
+        if (P != Start) Field(Start, P);
+    }
+}
+
 void BM_GridPaste_Baseline(benchmark::State& State) {
     const std::string Text = PasteText().toStdString();
     for (auto _ : State) {
         std::vector<double> Values;
         Values.reserve(static_cast<size_t>(PasteRows) * PasteCols);
-        const char* P = Text.data();
-        const char* End = P + Text.size();
-        while (P < End) {
-            while (P < End && (*P == '\t' || *P == '\r' || *P == '\n' || *P == ' ' || *P == ';'))
-                ++P;
-            const char* Start = P;
-            while (P < End && !(*P == '\t' || *P == '\r' || *P == '\n' || *P == ' ' || *P == ';'))
-                ++P;
-            if (P == Start) continue;
+        ForEachField(Text, [&](const char* Start, const char* Stop) {
             double V = 0.0;
-            std::from_chars(Start, P, V);
+            std::from_chars(Start, Stop, V);
             Values.push_back(V);
-        }
+        });
         benchmark::DoNotOptimize(Values.data());
         if (Values.size() != static_cast<size_t>(PasteRows) * PasteCols) State.SkipWithError("wrong count");
     }
@@ -113,22 +122,15 @@ void BM_GridPaste_ParseFormat(benchmark::State& State) {
     std::vector<std::string> Cells(static_cast<size_t>(PasteRows) * PasteCols);
     char Buf[64];
     for (auto _ : State) {
-        const char* P = Text.data();
-        const char* End = P + Text.size();
         size_t I = 0;
-        while (P < End) {
-            while (P < End && (*P == '\t' || *P == '\r' || *P == '\n' || *P == ' ' || *P == ';'))
-                ++P;
-            const char* Start = P;
-            while (P < End && !(*P == '\t' || *P == '\r' || *P == '\n' || *P == ' ' || *P == ';'))
-                ++P;
-            if (P == Start || I >= Cells.size()) continue;
+        ForEachField(Text, [&](const char* Start, const char* Stop) {
+            if (I >= Cells.size()) return;
             double V = 0.0;
-            std::from_chars(Start, P, V);
+            std::from_chars(Start, Stop, V);
             const auto Out =
                 std::to_chars(Buf, Buf + sizeof Buf, V, std::chars_format::fixed, Decimals[I % PasteCols]);
             Cells[I++].assign(Buf, Out.ptr);
-        }
+        });
         benchmark::DoNotOptimize(Cells.data());
         if (I != Cells.size()) State.SkipWithError("wrong count");
     }
